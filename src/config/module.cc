@@ -1,0 +1,130 @@
+#include "config/module.h"
+
+#include <memory>
+#include <vector>
+
+#include "config/user_interface.h"
+#include "util/command_line.h"
+#include "util/path.h"
+#include "util/system.h"
+#include "util/text.h"
+
+namespace pairwell {
+
+namespace {
+
+constexpr char kConflictTypesSection[] = "Conflict Types";
+constexpr char kSetSectionPrefix[] = "Sec: ";
+
+struct ProgramState {
+  std::unique_ptr<INIFile> ini_file = std::make_unique<INIFile>();
+  std::unique_ptr<SyncSetList> sync_sets = std::make_unique<SyncSetList>();
+  std::unique_ptr<LogFile> log_file = std::make_unique<LogFile>();
+  bool simulation_mode = false;
+};
+
+ProgramState& State() {
+  static ProgramState state;
+  return state;
+}
+
+bool IsSetSection(const std::string& section_name) {
+  return UpperCase(section_name.substr(0, 4)) == "SEC:";
+}
+
+void ApplySwitch(const std::string& arg) {
+  const std::string name = UpperCase(arg.substr(1));
+  if (name == "Q") {
+    for (int i = 1; i <= SyncSets().Count(); ++i) {
+      SyncSets().Item(i).QuietMode = true;
+    }
+  } else if (name == "?") {
+    MsgBox("COMMAND LINE SUPPORT NOT IMPLEMENTED", kMbOkOnly, "Pairwell");
+  } else {
+    MsgBox("Unknown command-line switch ignored: " + arg, kMbInformation);
+  }
+}
+
+}  // namespace
+
+INIFile& TheINIFile() { return *State().ini_file; }
+SyncSetList& SyncSets() { return *State().sync_sets; }
+LogFile& TheLogFile() { return *State().log_file; }
+bool SimulationMode() { return State().simulation_mode; }
+void SetSimulationMode(bool on) { State().simulation_mode = on; }
+
+std::string GetINIPath() {
+  const std::string from_environment = EnvironmentValue(kIniPathVariable);
+  if (!from_environment.empty()) return from_environment;
+  return CombinePath(ExecutableFolder(), std::string(kAppTitle) + ".ini");
+}
+
+void LoadSettings() {
+  INIFile& ini = TheINIFile();
+  ini.LoadFile(GetINIPath());
+  if (ini.IndexOfSection(kConflictTypesSection) < 0) {
+    MsgBox(
+        "The .ini file this program requires is missing or incomplete.  "
+        "Without it, the program will not be able to synchronize properly.",
+        kMbCritical);
+  }
+  long i = 1;
+  while (i <= ini.SecCount()) {
+    const std::shared_ptr<INIFileSection> section = ini.SectionI(i);
+    if (!IsSetSection(section->SecName)) {
+      ++i;
+      continue;
+    }
+    Synchronizer& set = NewSyncSet(LTrim(section->SecName.substr(4)));
+    set.ReadFromINI(*section);
+    // The next section moves into position i.
+    ini.RemoveSectionI(i);
+  }
+}
+
+Synchronizer& NewSyncSet(const std::string& name) {
+  Synchronizer& set = SyncSets().Add(std::make_unique<Synchronizer>());
+  set.Name = name;
+  set.SetLog(&TheLogFile());
+  set.ReadConflictInfo(*TheINIFile().AddSection(kConflictTypesSection));
+  return set;
+}
+
+void SaveSettings() {
+  INIFile& ini = TheINIFile();
+  // Set sections left by an earlier save in this session are rebuilt, so a
+  // removed folder or set leaves nothing behind.
+  long i = 1;
+  while (i <= ini.SecCount()) {
+    if (IsSetSection(ini.SectionI(i)->SecName)) {
+      ini.RemoveSectionI(i);
+    } else {
+      ++i;
+    }
+  }
+  for (int k = 1; k <= SyncSets().Count(); ++k) {
+    const Synchronizer& set = SyncSets().Item(k);
+    set.WriteToINI(*ini.AddSection(kSetSectionPrefix + set.Name));
+  }
+  ini.SaveFile(GetINIPath());
+}
+
+void Main(const std::string& command_line) {
+  ProgramState& state = State();
+  state.sync_sets = std::make_unique<SyncSetList>();
+  state.ini_file = std::make_unique<INIFile>();
+  state.log_file = std::make_unique<LogFile>();
+  state.simulation_mode = false;
+
+  const std::vector<std::string> args = SplitCommandLine(command_line);
+  LoadSettings();
+  SetSimulationMode(StrToBool(
+      TheINIFile().SectionI(0)->FindVar2("SimulationMode", "False")));
+  for (const std::string& arg : args) {
+    if (!arg.empty() && (arg[0] == '/' || arg[0] == '-')) ApplySwitch(arg);
+  }
+  if (SyncSets().Count() == 0) NewSyncSet("Untitled");
+  TheLogFile().LogFlags = 0;
+}
+
+}  // namespace pairwell

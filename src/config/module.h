@@ -1,0 +1,54 @@
+// Program-wide state and the start-up procedure shared by the GUI and the
+// CLI. One instance of each piece of state lives from Main() to the end of
+// the program.
+#ifndef PAIRWELL_CONFIG_MODULE_H_
+#define PAIRWELL_CONFIG_MODULE_H_
+
+#include <string>
+
+#include "config/ini_file.h"
+#include "config/sync_set_list.h"
+#include "engine/log_file.h"
+#include "engine/synchronizer.h"
+
+namespace pairwell {
+
+// The environment variable that names the configuration file; when it is
+// not set, the file is "Pairwell.ini" beside the executable.
+constexpr char kIniPathVariable[] = "PAIRWELL_INI";
+
+INIFile& TheINIFile();
+SyncSetList& SyncSets();
+LogFile& TheLogFile();
+bool SimulationMode();
+void SetSimulationMode(bool on);
+
+// The configuration file's full path: $PAIRWELL_INI when set, else the
+// executable's folder joined with "Pairwell.ini".
+std::string GetINIPath();
+
+// Loads the configuration file and creates one set per "Sec:" section, in
+// file order, taking those sections out of the store. Tells the person when
+// the "Conflict Types" section is missing.
+void LoadSettings();
+
+// Appends a new set with default settings and that name, connects it to
+// TheLogFile and lets it read the conflict types (creating an empty "Conflict
+// Types" section when there is none). Returns the new set.
+Synchronizer& NewSyncSet(const std::string& name);
+
+// Writes every set into a "Sec: <name>" section after all other sections
+// and saves the store to GetINIPath(). A write failure throws
+// std::system_error; the file on disk then stays as it was.
+void SaveSettings();
+
+// The start-up procedure up to showing the main window: fresh state, the
+// configuration file loaded, SimulationMode read, the command-line switches
+// applied ("/Q" or "-Q" quiet mode for every set, "/?" the not-implemented
+// notice, other switches a notice that they are ignored), an "Untitled" set
+// when none was loaded, and the log's flags cleared.
+void Main(const std::string& command_line);
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_CONFIG_MODULE_H_

@@ -1,0 +1,41 @@
+#include "config/user_interface.h"
+
+#include <stdexcept>
+
+namespace pairwell {
+
+namespace {
+UserInterface* installed_ui = nullptr;
+}  // namespace
+
+int DefaultAnswer(int style) {
+  static const int kAnswers[][3] = {
+      {kIdOk, kIdOk, kIdOk},             {kIdOk, kIdCancel, kIdCancel},
+      {kIdAbort, kIdRetry, kIdIgnore},   {kIdYes, kIdNo, kIdCancel},
+      {kIdYes, kIdNo, kIdNo},            {kIdRetry, kIdCancel, kIdCancel},
+  };
+  int buttons = style & kMbButtonsMask;
+  if (buttons > kMbRetryCancel) buttons = kMbOkOnly;
+  int which = 0;
+  if (style & kMbDefaultButton3) {
+    which = 2;
+  } else if (style & kMbDefaultButton2) {
+    which = 1;
+  }
+  return kAnswers[buttons][which];
+}
+
+void SetUserInterface(UserInterface* ui) { installed_ui = ui; }
+
+UserInterface& UI() {
+  if (installed_ui == nullptr) {
+    throw std::logic_error("no user interface is installed");
+  }
+  return *installed_ui;
+}
+
+int MsgBox(const std::string& text, int style, const std::string& caption) {
+  return UI().MessageBox(text, style, caption);
+}
+
+}  // namespace pairwell

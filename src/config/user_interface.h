@@ -1,0 +1,91 @@
+// The one way the core reaches the person: message boxes, the event pump,
+// the status text, the log echo and the confirm window. The GUI implements it
+// with widgets, the CLI with the console, the tests with a recorder.
+#ifndef PAIRWELL_CONFIG_USER_INTERFACE_H_
+#define PAIRWELL_CONFIG_USER_INTERFACE_H_
+
+#include <cstddef>
+#include <string>
+
+namespace pairwell {
+
+class Synchronizer;
+
+// The application title: the caption of message boxes and the base name of
+// the configuration file.
+constexpr char kAppTitle[] = "Pairwell";
+
+// Message box styles: the buttons in the low bits, plus an icon and a
+// default button.
+constexpr int kMbOkOnly = 0;
+constexpr int kMbOkCancel = 1;
+constexpr int kMbAbortRetryIgnore = 2;
+constexpr int kMbYesNoCancel = 3;
+constexpr int kMbYesNo = 4;
+constexpr int kMbRetryCancel = 5;
+constexpr int kMbButtonsMask = 15;
+constexpr int kMbCritical = 16;
+constexpr int kMbQuestion = 32;
+constexpr int kMbExclamation = 48;
+constexpr int kMbInformation = 64;
+constexpr int kMbIconMask = 112;
+constexpr int kMbDefaultButton2 = 256;
+constexpr int kMbDefaultButton3 = 512;
+
+// Answer codes of a message box.
+constexpr int kIdOk = 1;
+constexpr int kIdCancel = 2;
+constexpr int kIdAbort = 3;
+constexpr int kIdRetry = 4;
+constexpr int kIdIgnore = 5;
+constexpr int kIdYes = 6;
+constexpr int kIdNo = 7;
+
+// The answer given by the style's default button (the first button unless
+// 256 or 512 names the second or third).
+int DefaultAnswer(int style);
+
+// A multi-line text that the log echoes to (the progress window's log box).
+class LogEchoTarget {
+ public:
+  virtual ~LogEchoTarget() = default;
+  // Number of characters the target holds now.
+  virtual std::size_t TextLength() const = 0;
+  // Appends the text at the end and scrolls there.
+  virtual void AppendText(const std::string& text) = 0;
+  virtual void ClearText() = 0;
+};
+
+class UserInterface {
+ public:
+  virtual ~UserInterface() = default;
+
+  // Shows a message and waits for the answer; returns one of the kId codes.
+  virtual int MessageBox(const std::string& text, int style,
+                         const std::string& caption) = 0;
+  // Lets pending window events run (a no-op where there are none).
+  virtual void DoEvents() = 0;
+  // Shows the status text of a running synchronization.
+  virtual void ShowStatus(const std::string& text) = 0;
+  // Where the log echoes its lines; null when nothing shows them.
+  virtual LogEchoTarget* LogEcho() = 0;
+  // Lets the person review and refine the set's actions. Returns false when
+  // the person cancelled the run.
+  virtual bool ConfirmActions(Synchronizer& set) = 0;
+};
+
+// Installs the interface the core talks to (not owned; null removes it).
+void SetUserInterface(UserInterface* ui);
+
+// The installed interface. Throws std::logic_error when none is installed:
+// a front end that forgets to install one would otherwise lose messages.
+UserInterface& UI();
+
+// Shows a message box through the installed interface, with the application
+// title as caption unless another is given.
+int MsgBox(const std::string& text, int style = kMbOkOnly,
+           const std::string& caption = kAppTitle);
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_CONFIG_USER_INTERFACE_H_

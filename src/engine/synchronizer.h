@@ -1,0 +1,141 @@
+// One sync set: its folders, filters, options and its own copy of the
+// conflict types, with their persistence in a "Sec: <name>" section.
+#ifndef PAIRWELL_ENGINE_SYNCHRONIZER_H_
+#define PAIRWELL_ENGINE_SYNCHRONIZER_H_
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "engine/conflict_descriptor.h"
+#include "engine/string_tree.h"
+
+namespace pairwell {
+
+class INIFileSection;
+class LogFile;
+
+// Path flags of a folder.
+constexpr std::int32_t kFolderTypeMask = 3;  // bits 0-1: the folder type
+constexpr std::int32_t kFolderSource = 0;
+constexpr std::int32_t kFolderMirrorTo = 1;
+constexpr std::int32_t kFolderMergeTo = 2;
+constexpr std::int32_t kFolderEnabled = 4;
+constexpr std::int32_t kFolderAllowBaseCreation = 8;
+constexpr std::int32_t kFolderSkipOnError = 16;
+
+// The most folders PathAdd lets a set have.
+constexpr int kMaxFolders = 8;
+
+// Lists are indexed from 1; an index outside 1..count throws
+// std::out_of_range.
+class Synchronizer {
+ public:
+  // A new set has the defaults below and no folders or conflict types.
+  Synchronizer();
+  Synchronizer(const Synchronizer&) = delete;
+  Synchronizer& operator=(const Synchronizer&) = delete;
+
+  std::string Name = "Untitled";
+  bool Recursive = true;
+  bool SyncFolders = false;
+  int DefActionFlags = 8;
+  bool WarnFutureDate = true;
+  bool UseCreateDate = true;
+  bool ClearArchiveOnCopy = false;
+  bool MatchCDateOnCopy = true;
+  bool UseLogFile = false;
+  std::string LogFileName;
+  bool ClearLogDaily = false;
+  bool SmartSync = true;
+  bool AllowSmartDeletes = true;
+  double LastSyncDate = 0;  // 0: never synchronized
+  bool ArchiveDeleted = false;
+  bool ArchiveOverwritten = false;
+  std::string ArchivePath;
+  std::string FileSpec;
+  std::string ExcludeSpec;
+  std::string FolderSpec;
+  std::string FolderExcludeSpec;
+  bool QuietMode = false;
+  bool StopFlag = false;
+  long FutureDateCount = 0;
+  std::string SyncMsg;
+
+  // The program-wide log (not owned); null until NewSyncSet gives it.
+  LogFile* Log() const { return log_; }
+  void SetLog(LogFile* log) { log_ = log; }
+
+  // Folders.
+  int PathCount() const { return static_cast<int>(folders_.size()); }
+  const std::string& Path(int i) const;
+  void SetPath(int i, const std::string& path);
+  std::int32_t PathFlags(int i) const;
+  void SetPathFlags(int i, std::int32_t flags);
+  // Appends an enabled source folder (flags 4); does nothing when the set
+  // already has kMaxFolders folders.
+  void PathAdd(const std::string& path);
+  // Removes folder i; later folders move down by one.
+  void PathRemove(int i);
+  // Removes every folder (nothing else).
+  void Clear();
+  // Flags of folder i become flags | bits, or flags & ~bits.
+  void SetPathFlag(int i, std::int32_t bits);
+  void ClearPathFlag(int i, std::int32_t bits);
+
+  // Conflict types.
+  int ConflictTypeCount() const {
+    return static_cast<int>(conflict_types_.size());
+  }
+  ConflictDescriptor& ConflictTypes(int i);
+  const ConflictDescriptor& ConflictTypes(int i) const;
+  void SetConflictTypes(int i, const ConflictDescriptor& type);
+
+  // Working folders of the current run and its folder tree.
+  int WPathCount() const { return static_cast<int>(work_folders_.size()); }
+  const std::string& WPath(int i) const;
+  std::int32_t WPathFlags(int i) const;
+  StringTree& WRootTree() { return *root_tree_; }
+
+  // LastSyncDate when SmartSync is on, else 0 (never).
+  double EfLastSyncDate() const { return SmartSync ? LastSyncDate : 0; }
+
+  // The 1-based index of the first conflict type that accepts the situation
+  // code, or -1.
+  int GetConflictForSitu(int situation) const;
+
+  // Replaces the conflict types with the valid entries (those with at least
+  // one pattern) of the "Conflict Types" section, comments skipped.
+  void ReadConflictInfo(const INIFileSection& section);
+
+  // Reads folders, options and custom conflict handling from a set section.
+  // Missing keys take their defaults; bad values never fail. The Name is not
+  // read here. ReadConflictInfo must have run first.
+  void ReadFromINI(const INIFileSection& section);
+
+  // Writes the set into its (new, empty) section in the fixed key order.
+  void WriteToINI(INIFileSection& section) const;
+
+ private:
+  struct Folder {
+    std::string path;
+    std::int32_t flags = kFolderEnabled;
+  };
+
+  static Folder& At(std::vector<Folder>& list, int i);
+  static const Folder& At(const std::vector<Folder>& list, int i);
+  void ReadFolders(const INIFileSection& section);
+  void ReadOptions(const INIFileSection& section);
+  void ReadCustomConflictConfig(const INIFileSection& section);
+
+  std::vector<Folder> folders_;
+  std::vector<ConflictDescriptor> conflict_types_;
+  std::vector<Folder> work_folders_;
+  std::shared_ptr<StringTree> root_tree_;
+  LogFile* log_ = nullptr;
+};
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_ENGINE_SYNCHRONIZER_H_

@@ -1,0 +1,156 @@
+#include "util/date_time.h"
+
+#include <cmath>
+#include <cstdio>
+#include <ctime>
+
+#include "util/text.h"
+
+namespace pairwell {
+
+namespace {
+
+constexpr double kMillisecondsPerDay = 86400000.0;
+
+// Days from 1970-01-01 to the civil date (proleptic Gregorian).
+long long DaysFromCivil(long long y, unsigned m, unsigned d) {
+  y -= m <= 2;
+  const long long era = (y >= 0 ? y : y - 399) / 400;
+  const unsigned yoe = static_cast<unsigned>(y - era * 400);
+  const unsigned doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
+  const unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;
+  return era * 146097 + static_cast<long long>(doe) - 719468;
+}
+
+void CivilFromDays(long long z, DateParts* parts) {
+  z += 719468;
+  const long long era = (z >= 0 ? z : z - 146096) / 146097;
+  const unsigned doe = static_cast<unsigned>(z - era * 146097);
+  const unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
+  const unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
+  const unsigned mp = (5 * doy + 2) / 153;
+  parts->day = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
+  parts->month = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
+  parts->year = static_cast<int>(yoe + era * 400 + (parts->month <= 2));
+}
+
+const long long kDay0 = DaysFromCivil(1899, 12, 30);
+
+int DaysInMonth(int year, int month) {
+  static const int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
+  const bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
+  return month == 2 && leap ? 29 : kDays[month - 1];
+}
+
+bool ValidParts(const DateParts& p) {
+  return p.year >= 100 && p.year <= 9999 && p.month >= 1 && p.month <= 12 &&
+         p.day >= 1 && p.day <= DaysInMonth(p.year, p.month) && p.hour >= 0 &&
+         p.hour <= 23 && p.minute >= 0 && p.minute <= 59 && p.second >= 0 &&
+         p.second <= 59;
+}
+
+// Whole-text matches of the accepted layouts; %n tells that the text was
+// used up to its end.
+bool ScanIso(const std::string& text, DateParts* p) {
+  int used = 0;
+  const char* s = text.c_str();
+  if (std::sscanf(s, "%4d-%2d-%2d %2d:%2d:%2d%n", &p->year, &p->month,
+                  &p->day, &p->hour, &p->minute, &p->second, &used) == 6 &&
+      s[used] == '\0') {
+    return true;
+  }
+  used = 0;
+  p->hour = p->minute = p->second = 0;
+  return std::sscanf(s, "%4d-%2d-%2d%n", &p->year, &p->month, &p->day,
+                     &used) == 3 &&
+         s[used] == '\0';
+}
+
+bool ScanUs(const std::string& text, DateParts* p) {
+  int used = 0;
+  char ampm[3] = {0, 0, 0};
+  const char* s = text.c_str();
+  if (std::sscanf(s, "%2d/%2d/%4d %2d:%2d:%2d %2[AaPpMm]%n", &p->month,
+                  &p->day, &p->year, &p->hour, &p->minute, &p->second, ampm,
+                  &used) == 7 &&
+      s[used] == '\0') {
+    const std::string marker = UpperCase(ampm);
+    if ((marker != "AM" && marker != "PM") || p->hour < 1 || p->hour > 12) {
+      return false;
+    }
+    p->hour = p->hour % 12 + (marker == "PM" ? 12 : 0);
+    return true;
+  }
+  used = 0;
+  p->hour = p->minute = p->second = 0;
+  return std::sscanf(s, "%2d/%2d/%4d%n", &p->month, &p->day, &p->year,
+                     &used) == 3 &&
+         s[used] == '\0';
+}
+
+}  // namespace
+
+double DateFromParts(const DateParts& parts) {
+  const long long days =
+      DaysFromCivil(parts.year, static_cast<unsigned>(parts.month),
+                    static_cast<unsigned>(parts.day)) -
+      kDay0;
+  const double fraction =
+      ((parts.hour * 60.0 + parts.minute) * 60.0 + parts.second) / 86400.0 +
+      parts.millisecond / kMillisecondsPerDay;
+  // A negative day count keeps its time of day as a positive fraction
+  // counted away from zero.
+  return days < 0 ? static_cast<double>(days) - fraction
+                  : static_cast<double>(days) + fraction;
+}
+
+DateParts PartsFromDate(double date) {
+  double whole = std::trunc(date);
+  long long ms = std::llround(std::fabs(date - whole) * kMillisecondsPerDay);
+  if (ms >= static_cast<long long>(kMillisecondsPerDay)) {
+    ms -= static_cast<long long>(kMillisecondsPerDay);
+    whole += date < 0 ? -1 : 1;
+  }
+  DateParts parts;
+  CivilFromDays(static_cast<long long>(whole) + kDay0, &parts);
+  parts.millisecond = static_cast<int>(ms % 1000);
+  parts.second = static_cast<int>(ms / 1000 % 60);
+  parts.minute = static_cast<int>(ms / 60000 % 60);
+  parts.hour = static_cast<int>(ms / 3600000);
+  return parts;
+}
+
+double Now() {
+  struct timespec now;
+  clock_gettime(CLOCK_REALTIME, &now);
+  struct tm local;
+  localtime_r(&now.tv_sec, &local);
+  DateParts parts;
+  parts.year = local.tm_year + 1900;
+  parts.month = local.tm_mon + 1;
+  parts.day = local.tm_mday;
+  parts.hour = local.tm_hour;
+  parts.minute = local.tm_min;
+  parts.second = local.tm_sec;
+  parts.millisecond = static_cast<int>(now.tv_nsec / 1000000);
+  return DateFromParts(parts);
+}
+
+std::string FormatGeneralDate(double date) {
+  const DateParts p = PartsFromDate(date);
+  char text[40];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02d %02d:%02d:%02d", p.year,
+                p.month, p.day, p.hour, p.minute, p.second);
+  return text;
+}
+
+bool ParseDateText(const std::string& text, double* date) {
+  const std::string trimmed = Trim(text);
+  DateParts parts;
+  if (!ScanIso(trimmed, &parts) && !ScanUs(trimmed, &parts)) return false;
+  if (!ValidParts(parts)) return false;
+  *date = DateFromParts(parts);
+  return true;
+}
+
+}  // namespace pairwell

@@ -1,0 +1,44 @@
+// Dates are local date-times held as day counts in doubles: day 0 is
+// 1899-12-30 at midnight, the fraction is the time of day.
+#ifndef PAIRWELL_UTIL_DATE_TIME_H_
+#define PAIRWELL_UTIL_DATE_TIME_H_
+
+#include <string>
+
+namespace pairwell {
+
+// A civil date and time, without a time zone.
+struct DateParts {
+  int year = 1899;
+  int month = 12;  // 1..12
+  int day = 30;    // 1..31
+  int hour = 0;
+  int minute = 0;
+  int second = 0;
+  int millisecond = 0;
+};
+
+// The day count of a civil date-time (no range check beyond what the
+// arithmetic needs).
+double DateFromParts(const DateParts& parts);
+
+// The civil date-time of a day count, rounded to the millisecond. A negative
+// count has its time of day counted forward from the start of its day, so
+// -1.25 is 1899-12-29 06:00.
+DateParts PartsFromDate(double date);
+
+// The present local moment.
+double Now();
+
+// "YYYY-MM-DD HH:MM:SS", the form in which dates are written.
+std::string FormatGeneralDate(double date);
+
+// Reads a date written as "YYYY-MM-DD HH:MM:SS", "YYYY-MM-DD",
+// "M/D/YYYY h:mm:ss AM" (or PM) and "M/D/YYYY" (older files). Returns false
+// and leaves *date alone when the text is none of these or names no real
+// date.
+bool ParseDateText(const std::string& text, double* date);
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_UTIL_DATE_TIME_H_

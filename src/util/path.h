@@ -1,0 +1,30 @@
+// Path text routines. Both "/" and "\" count as slashes wherever a path is
+// tested for one; paths are joined with the platform's own separator.
+#ifndef PAIRWELL_UTIL_PATH_H_
+#define PAIRWELL_UTIL_PATH_H_
+
+#include <string>
+
+namespace pairwell {
+
+#ifdef _WIN32
+constexpr char kPathSeparator = '\\';
+#else
+constexpr char kPathSeparator = '/';
+#endif
+
+// True for "/" and "\".
+bool IsSlash(char c);
+
+// Joins a base path and a relative part. Trailing spaces of both are
+// removed, and one trailing slash of the base. A part that starts with a
+// slash or whose second character is ":" is returned as it is (it is already
+// absolute). Otherwise the part is walked by its slash-separated components:
+// "." is skipped, ".." drops the base's last component (a root "/" stays),
+// anything else is appended after a separator, or becomes the base when the
+// base is empty.
+std::string CombinePath(const std::string& base, const std::string& rel);
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_UTIL_PATH_H_

@@ -1,0 +1,39 @@
+#include "util/system.h"
+
+#include <limits.h>
+#include <string.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace pairwell {
+
+std::string ErrorText(int error_number) {
+  static const char kUnknown[] = "The reason for the failure is unknown.";
+  if (error_number == 0) return kUnknown;
+  char buffer[256];
+  // The GNU strerror_r returns its text rather than filling the buffer.
+  const char* text = strerror_r(error_number, buffer, sizeof buffer);
+  if (text == nullptr || *text == '\0' ||
+      strncmp(text, "Unknown error", 13) == 0) {
+    return kUnknown;
+  }
+  return text;
+}
+
+std::string ExecutableFolder() {
+  char path[PATH_MAX];
+  const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
+  if (length <= 0) return std::string();
+  std::string result(path, static_cast<size_t>(length));
+  const std::string::size_type slash = result.find_last_of('/');
+  if (slash == std::string::npos) return std::string();
+  return slash == 0 ? std::string("/") : result.substr(0, slash);
+}
+
+std::string EnvironmentValue(const char* name) {
+  const char* value = std::getenv(name);
+  return value == nullptr ? std::string() : value;
+}
+
+}  // namespace pairwell

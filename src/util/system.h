@@ -1,0 +1,22 @@
+// Small questions to the operating system that are not about files.
+#ifndef PAIRWELL_UTIL_SYSTEM_H_
+#define PAIRWELL_UTIL_SYSTEM_H_
+
+#include <string>
+
+namespace pairwell {
+
+// The system's message for an error number (errno); "The reason for the
+// failure is unknown." when there is none.
+std::string ErrorText(int error_number);
+
+// The folder holding the running executable, without a trailing slash;
+// empty when the system cannot tell.
+std::string ExecutableFolder();
+
+// The value of an environment variable; empty when it is not set.
+std::string EnvironmentValue(const char* name);
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_UTIL_SYSTEM_H_

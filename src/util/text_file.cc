@@ -1,0 +1,95 @@
+#include "util/text_file.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <system_error>
+#include <vector>
+
+namespace pairwell {
+
+bool ReadTextFile(const std::string& path, std::string* content,
+                  int* error_number) {
+  content->clear();
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) {
+    *error_number = errno;
+    return false;
+  }
+  char buffer[65536];
+  for (;;) {
+    const ssize_t n = read(fd, buffer, sizeof buffer);
+    if (n == 0) break;
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      *error_number = errno;
+      close(fd);
+      return false;
+    }
+    content->append(buffer, static_cast<size_t>(n));
+  }
+  close(fd);
+  return true;
+}
+
+namespace {
+
+[[noreturn]] void Fail(int error_number, const std::string& what,
+                       const std::string& path) {
+  throw std::system_error(error_number, std::generic_category(),
+                          what + " " + path);
+}
+
+bool WriteAll(int fd, const std::string& content) {
+  std::string::size_type done = 0;
+  while (done < content.size()) {
+    const ssize_t n = write(fd, content.data() + done, content.size() - done);
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    done += static_cast<std::string::size_type>(n);
+  }
+  return true;
+}
+
+// The process's file-creation mask; reading it means setting it, so it is
+// put back at once.
+mode_t CurrentUmask() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return mask;
+}
+
+}  // namespace
+
+void ReplaceFileContent(const std::string& path, const std::string& content) {
+  std::vector<char> temp_name(path.begin(), path.end());
+  const std::string suffix = ".pairwell-XXXXXX";
+  temp_name.insert(temp_name.end(), suffix.begin(), suffix.end());
+  temp_name.push_back('\0');
+  const int fd = mkstemp(temp_name.data());
+  if (fd < 0) Fail(errno, "cannot create a temporary file beside", path);
+
+  struct stat existing;
+  const mode_t mode = stat(path.c_str(), &existing) == 0
+                          ? existing.st_mode & 07777
+                          : static_cast<mode_t>(0666 & ~CurrentUmask());
+  int error_number = 0;
+  if (!WriteAll(fd, content) || fchmod(fd, mode) != 0 || fsync(fd) != 0) {
+    error_number = errno;
+  }
+  if (close(fd) != 0 && error_number == 0) error_number = errno;
+  if (error_number == 0 && rename(temp_name.data(), path.c_str()) != 0) {
+    error_number = errno;
+  }
+  if (error_number != 0) {
+    unlink(temp_name.data());
+    Fail(error_number, "cannot write", path);
+  }
+}
+
+}  // namespace pairwell

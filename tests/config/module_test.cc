@@ -1,0 +1,389 @@
+#include "config/module.h"
+
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <string>
+#include <vector>
+
+#include "support/recording_user_interface.h"
+#include "support/temp_dir.h"
+#include "util/date_time.h"
+#include "util/system.h"
+
+namespace pairwell {
+namespace {
+
+constexpr char kMissingCatalogue[] =
+    "The .ini file this program requires is missing or incomplete.  Without "
+    "it, the program will not be able to synchronize properly.";
+
+// Start-up against a configuration file in a temporary folder.
+class ModuleTest : public ::testing::Test {
+ protected:
+  ModuleTest() { setenv(kIniPathVariable, ini_path().c_str(), 1); }
+  ~ModuleTest() override { unsetenv(kIniPathVariable); }
+
+  std::string ini_path() const { return dir_.Join("Pairwell.ini"); }
+
+  void StartWith(const std::string& ini_text,
+                 const std::string& command_line = "") {
+    dir_.WriteFile("Pairwell.ini", ini_text);
+    Main(command_line);
+  }
+
+  std::vector<std::string> SetNames() const {
+    std::vector<std::string> names;
+    for (int i = 1; i <= SyncSets().Count(); ++i) {
+      names.push_back(SyncSets().Item(i).Name);
+    }
+    return names;
+  }
+
+  RecordingUserInterface ui_;
+  TempDir dir_;
+};
+
+TEST_F(ModuleTest, RealisticFileIsSavedBackByteForByte) {
+  const std::string head =
+      ";Pairwell settings\r\n"
+      "SimulationMode=False\r\n"
+      "CurSyncSet=2\r\n"
+      "\r\n";
+  const std::string catalogue =
+      "[Conflict Types]\r\n"
+      ";Types are tried in order\r\n"
+      "+Created=\"Created in one folder\" USENEWEST* DONOTHING ?1?\r\n"
+      "Changed=\"Changed in both\\nfolders\" USENEWEST DONOTHING* 3?3 5?5\r\n"
+      "*Same=DONOTHING* ?0?\r\n"
+      "\r\n";
+  const std::string unknown =
+      "[Unknown]\r\n"
+      "key=value\r\n"
+      ";kept as it is\r\n"
+      "\r\n";
+  const std::string docs =
+      "[Sec: Docs]\r\n"
+      "Dir1=/home/ann/Docs\r\n"
+      "Dir1Flags=4\r\n"
+      "Dir2=/mnt/backup/Docs\r\n"
+      "Dir2Flags=5\r\n"
+      "Dir3=/mnt/usb/Docs\r\n"
+      "Dir3Flags=30\r\n"
+      "Recursive=False\r\n"
+      "SyncFolders=False\r\n"
+      "DefActionFlags=9\r\n"
+      "WarnFutureDate=False\r\n"
+      "UseCreateDate=False\r\n"
+      "ClearArchiveOnCopy=True\r\n"
+      "MatchCDateOnCopy=False\r\n"
+      "UseLogFile=True\r\n"
+      "LogFileName=docs.log\r\n"
+      "SmartSync=False\r\n"
+      "AllowSmartDeletes=False\r\n"
+      "LastSyncDate=2026-11-02 15:04:05\r\n"
+      "ArchiveDeleted=True\r\n"
+      "ArchiveOverwritten=True\r\n"
+      "ArchivePath=/mnt/archive\r\n"
+      "FileSpec=*.txt;*.doc\r\n"
+      "ExcludeSpec=*.tmp\r\n"
+      "FolderSpec=*\r\n"
+      "FolderExcludeSpec=.git\r\n"
+      "CR:Created=3\r\n"
+      "CR:Changed=1\r\n"
+      "CR:Same=2\r\n"
+      "\r\n";
+  // Missing keys take the defaults of a section without them.
+  const std::string photos_in =
+      "[sec:  Photos]\r\n"
+      "Dir1=/home/ann/Photos\r\n"
+      "Dir2=/srv/Photos\r\n"
+      "Dir2Flags=2\r\n"
+      "\r\n";
+  const std::string photos_out =
+      "[Sec: Photos]\r\n"
+      "Dir1=/home/ann/Photos\r\n"
+      "Dir1Flags=4\r\n"
+      "Dir2=/srv/Photos\r\n"
+      "Dir2Flags=2\r\n"
+      "Recursive=True\r\n"
+      "SyncFolders=True\r\n"
+      "DefActionFlags=8\r\n"
+      "WarnFutureDate=True\r\n"
+      "UseCreateDate=True\r\n"
+      "ClearArchiveOnCopy=False\r\n"
+      "MatchCDateOnCopy=True\r\n"
+      "UseLogFile=False\r\n"
+      "LogFileName=SyncLog.txt\r\n"
+      "SmartSync=True\r\n"
+      "AllowSmartDeletes=True\r\n"
+      "ArchiveDeleted=False\r\n"
+      "ArchiveOverwritten=False\r\n"
+      "ArchivePath=SyncLog.txt\r\n"
+      "FileSpec=*.*\r\n"
+      "ExcludeSpec=\r\n"
+      "FolderSpec=\r\n"
+      "FolderExcludeSpec=\r\n"
+      "CR:Created=3C+\r\n"
+      "CR:Changed=1C\r\n"
+      "CR:Same=1C\r\n"
+      "\r\n";
+  const std::string music_in =
+      "[SEC:Music]\r\n"
+      "Dir1=/home/ann/Music\r\n"
+      "Dir1Flags=4\r\n"
+      "Dir2=/mnt/backup/Music\r\n"
+      "Dir2Flags=1\r\n"
+      "cr:Changed=2\r\n"
+      "\r\n";
+  StartWith(head + docs + catalogue + photos_in + unknown + music_in);
+  ASSERT_TRUE(ui_.messages.empty()) << ui_.messages[0].text;
+  ASSERT_EQ(SetNames(), (std::vector<std::string>{"Docs", "Photos", "Music"}));
+
+  SaveSettings();
+  const std::string music_out =
+      "[Sec: Music]\r\n"
+      "Dir1=/home/ann/Music\r\n"
+      "Dir1Flags=4\r\n"
+      "Dir2=/mnt/backup/Music\r\n"
+      "Dir2Flags=1\r\n" +
+      photos_out.substr(photos_out.find("Recursive="));
+  EXPECT_EQ(dir_.ReadFile("Pairwell.ini"),
+            head + catalogue + unknown + docs + photos_out + music_out);
+
+  // A second start-up reads back what was saved. Custom handling written
+  // with its letters after the number reads back as the number alone.
+  std::string expected = dir_.ReadFile("Pairwell.ini");
+  for (const std::string from : {"=3C+\r\n", "=1C\r\n"}) {
+    const std::string to = from.substr(0, 2) + "\r\n";
+    for (auto at = expected.find(from); at != std::string::npos;
+         at = expected.find(from)) {
+      expected.replace(at, from.size(), to);
+    }
+  }
+  Main("");
+  SaveSettings();
+  EXPECT_EQ(dir_.ReadFile("Pairwell.ini"), expected);
+}
+
+TEST_F(ModuleTest, SetSectionsLoadInFileOrderAndAreWrittenLast) {
+  StartWith(
+      "[Conflict Types]\r\n[SEC:A]\r\n[Other]\r\nk=v\r\n[sec:  B]\r\n"
+      "[Sec: C]\r\n[Tail]\r\n");
+  EXPECT_EQ(SetNames(), (std::vector<std::string>{"A", "B", "C"}));
+  EXPECT_EQ(TheINIFile().SecCount(), 3);  // Conflict Types, Other, Tail
+
+  SaveSettings();
+  const std::string saved = dir_.ReadFile("Pairwell.ini");
+  const auto a = saved.find("[Sec: A]\r\n");
+  const auto b = saved.find("[Sec: B]\r\n");
+  const auto c = saved.find("[Sec: C]\r\n");
+  ASSERT_NE(a, std::string::npos);
+  EXPECT_LT(saved.find("[Tail]"), a);
+  EXPECT_LT(a, b);
+  EXPECT_LT(b, c);
+  EXPECT_EQ(saved.find("SEC:A"), std::string::npos);
+}
+
+TEST_F(ModuleTest, SecretIsNoSetButEmptySetNameIs) {
+  StartWith("[Conflict Types]\r\n[SECRET]\r\nk=v\r\n[Sec:]\r\nDir1=/x\r\n");
+  ASSERT_EQ(SetNames(), (std::vector<std::string>{""}));
+  EXPECT_EQ(SyncSets().Item(1).PathCount(), 1);
+  EXPECT_NE(TheINIFile().Section("SECRET"), nullptr);
+  SaveSettings();
+  const std::string saved = dir_.ReadFile("Pairwell.ini");
+  EXPECT_NE(saved.find("[SECRET]\r\nk=v\r\n"), std::string::npos);
+  EXPECT_NE(saved.find("[Sec: ]\r\nDir1=/x\r\n"), std::string::npos);
+}
+
+TEST_F(ModuleTest, QuietSwitchUnknownSwitchAndQuotedArgument) {
+  StartWith("[Conflict Types]\r\n[Sec: A]\r\n[Sec: B]\r\n",
+            "-q /x \"quoted arg\"");
+  EXPECT_TRUE(SyncSets().Item(1).QuietMode);
+  EXPECT_TRUE(SyncSets().Item(2).QuietMode);
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_EQ(ui_.messages[0].text, "Unknown command-line switch ignored: /x");
+  EXPECT_EQ(ui_.messages[0].style, 64);
+  EXPECT_EQ(ui_.messages[0].caption, "Pairwell");
+}
+
+TEST_F(ModuleTest, QuestionSwitchShowsOnlyTheNotice) {
+  StartWith("[Conflict Types]\r\n[Sec: A]\r\n", "/?");
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_EQ(ui_.messages[0].text, "COMMAND LINE SUPPORT NOT IMPLEMENTED");
+  EXPECT_EQ(ui_.messages[0].style, 0);
+  EXPECT_EQ(ui_.messages[0].caption, "Pairwell");
+  EXPECT_EQ(SetNames(), (std::vector<std::string>{"A"}));
+  EXPECT_FALSE(SyncSets().Item(1).QuietMode);
+}
+
+TEST_F(ModuleTest, SwitchesMatchWholeIgnoringCaseAndLoseTheirQuotes) {
+  StartWith("[Conflict Types]\r\n[Sec: A]\r\n",
+            "/Qx - \"/x y\" plain /Q");
+  EXPECT_EQ(ui_.Texts(), (std::vector<std::string>{
+                             "Unknown command-line switch ignored: /Qx",
+                             "Unknown command-line switch ignored: -",
+                             "Unknown command-line switch ignored: /x y"}));
+  EXPECT_TRUE(SyncSets().Item(1).QuietMode);
+}
+
+TEST_F(ModuleTest, QuietSwitchReachesOnlySetsLoadedFromTheFile) {
+  // The "Untitled" set is made after the switches are applied.
+  StartWith("[Conflict Types]\r\n", "/q");
+  ASSERT_EQ(SetNames(), (std::vector<std::string>{"Untitled"}));
+  EXPECT_FALSE(SyncSets().Item(1).QuietMode);
+}
+
+TEST_F(ModuleTest, SimulationModeFollowsBooleanConversion) {
+  const struct {
+    const char* text;
+    bool on;
+  } kCases[] = {{"1", true},     {"on", false},   {"True", true},
+                {"true", true},  {"-1", true},    {"yes", false},
+                {"", false},     {"0", false},    {" TRUE ", true},
+                {"2.5", true},   {"False", false}};
+  for (const auto& c : kCases) {
+    StartWith(std::string("SimulationMode=") + c.text +
+              "\r\n[Conflict Types]\r\n");
+    EXPECT_EQ(SimulationMode(), c.on) << "SimulationMode=" << c.text;
+  }
+  StartWith("[Conflict Types]\r\n");
+  EXPECT_FALSE(SimulationMode());
+}
+
+TEST_F(ModuleTest, NoSetSectionsGiveOneUntitledSet) {
+  StartWith("[Conflict Types]\r\nA=DONOTHING* ?0?\r\n");
+  ASSERT_EQ(SetNames(), (std::vector<std::string>{"Untitled"}));
+  const Synchronizer& set = SyncSets().Item(1);
+  EXPECT_EQ(set.Log(), &TheLogFile());
+  EXPECT_EQ(set.ConflictTypeCount(), 1);
+  // A set made at start-up has a new set's defaults, not a file's.
+  EXPECT_EQ(set.FileSpec, "");
+  EXPECT_EQ(set.PathCount(), 0);
+  EXPECT_TRUE(ui_.messages.empty());
+}
+
+TEST_F(ModuleTest, MissingFileGivesBothMessagesAndStillStarts) {
+  Main("");
+  EXPECT_EQ(ui_.Texts(), (std::vector<std::string>{
+                             "An error occurred while loading " + ini_path() +
+                                 ": No such file or directory",
+                             kMissingCatalogue}));
+  EXPECT_EQ(ui_.messages[1].style, 16);
+  EXPECT_EQ(ui_.messages[1].caption, "Pairwell");
+  EXPECT_EQ(SetNames(), (std::vector<std::string>{"Untitled"}));
+  EXPECT_EQ(SyncSets().Item(1).ConflictTypeCount(), 0);
+
+  SaveSettings();
+  const std::string saved = dir_.ReadFile("Pairwell.ini");
+  EXPECT_EQ(saved.substr(0, 24), "\r\n[Conflict Types]\r\n\r\n[S");
+}
+
+TEST_F(ModuleTest, FileWithoutCatalogueIsReportedButSetsLoad) {
+  StartWith("[Sec: A]\r\nDir1=/a\r\n");
+  EXPECT_EQ(ui_.Texts(), (std::vector<std::string>{kMissingCatalogue}));
+  EXPECT_EQ(SetNames(), (std::vector<std::string>{"A"}));
+  EXPECT_NE(TheINIFile().Section("Conflict Types"), nullptr);
+}
+
+TEST_F(ModuleTest, BadCatalogueTextIsReportedAndTheRestLoads) {
+  StartWith("[Conflict Types]\r\nBad=x?0 DONOTHING*\r\nGood=?0?\r\n"
+            "[Sec: A]\r\n");
+  EXPECT_EQ(ui_.Texts(), (std::vector<std::string>{
+                             "An error was detected in the INI file."}));
+  ASSERT_EQ(SyncSets().Item(1).ConflictTypeCount(), 1);
+  EXPECT_EQ(SyncSets().Item(1).ConflictTypes(1).Name, "Good");
+}
+
+TEST_F(ModuleTest, StartUpClearsTheLogFlags) {
+  TheLogFile().LogFlags = 15;
+  StartWith("[Conflict Types]\r\n");
+  EXPECT_EQ(TheLogFile().LogFlags, 0);
+}
+
+TEST_F(ModuleTest, ClearLogDailyLastsUntilTheNextSave) {
+  StartWith("[Conflict Types]\r\n[Sec: A]\r\nClearLogDaily=True\r\n");
+  EXPECT_TRUE(SyncSets().Item(1).ClearLogDaily);
+  SaveSettings();
+  EXPECT_EQ(dir_.ReadFile("Pairwell.ini").find("ClearLogDaily"),
+            std::string::npos);
+  Main("");
+  EXPECT_FALSE(SyncSets().Item(1).ClearLogDaily);
+}
+
+TEST_F(ModuleTest, SetsWhoseNamesDifferInCaseShareOneSection) {
+  StartWith("[Conflict Types]\r\n");
+  NewSyncSet("Docs").PathAdd("/first");
+  NewSyncSet("DOCS").FileSpec = "*.txt";
+  SaveSettings();
+  const std::string saved = dir_.ReadFile("Pairwell.ini");
+  EXPECT_NE(saved.find("[Sec: Docs]\r\nDir1=/first\r\nDir1Flags=4\r\n"),
+            std::string::npos);
+  EXPECT_EQ(saved.find("[Sec: DOCS]"), std::string::npos);
+  EXPECT_NE(saved.find("FileSpec=*.txt\r\n"), std::string::npos);
+}
+
+TEST_F(ModuleTest, SavingTwiceLeavesNoStaleKeysOrSets) {
+  StartWith("[Conflict Types]\r\n[Sec: A]\r\nDir1=/a\r\nDir2=/b\r\n"
+            "[Sec: B]\r\n");
+  SaveSettings();
+  SyncSets().Item(1).PathRemove(2);
+  SyncSets().Remove(2);
+  SaveSettings();
+  const std::string saved = dir_.ReadFile("Pairwell.ini");
+  EXPECT_EQ(saved.find("Dir2"), std::string::npos);
+  EXPECT_EQ(saved.find("[Sec: B]"), std::string::npos);
+}
+
+TEST_F(ModuleTest, RenamedSetIsSavedUnderItsNewName) {
+  StartWith("[Conflict Types]\r\n[Sec: Old]\r\nDir1=/a\r\n");
+  SyncSets().Item(1).Name = "New";
+  SaveSettings();
+  const std::string saved = dir_.ReadFile("Pairwell.ini");
+  EXPECT_EQ(saved.find("[Sec: Old]"), std::string::npos);
+  EXPECT_NE(saved.find("[Sec: New]\r\nDir1=/a\r\n"), std::string::npos);
+}
+
+TEST_F(ModuleTest, NewSyncSetCreatesAnEmptyCatalogueSectionWhenMissing) {
+  StartWith("");
+  EXPECT_NE(TheINIFile().Section("Conflict Types"), nullptr);
+  Synchronizer& set = NewSyncSet("Second");
+  EXPECT_EQ(SyncSets().Count(), 2);
+  EXPECT_EQ(&SyncSets().Item(2), &set);
+  EXPECT_EQ(set.Name, "Second");
+}
+
+TEST_F(ModuleTest, SaveFailureThrowsAndKeepsTheOldFile) {
+  StartWith("[Conflict Types]\r\n[Sec: A]\r\n");
+  const std::string before = dir_.ReadFile("Pairwell.ini");
+  setenv(kIniPathVariable, dir_.Join("no/folder/Pairwell.ini").c_str(), 1);
+  EXPECT_THROW(SaveSettings(), std::system_error);
+  EXPECT_EQ(dir_.ReadFile("Pairwell.ini"), before);
+}
+
+TEST_F(ModuleTest, LastSyncDateSurvivesSaveAndLoad) {
+  StartWith("[Conflict Types]\r\n[Sec: A]\r\nLastSyncDate=11/2/2026 3:04:05 PM\r\n");
+  DateParts expected;
+  expected.year = 2026;
+  expected.month = 11;
+  expected.day = 2;
+  expected.hour = 15;
+  expected.minute = 4;
+  expected.second = 5;
+  EXPECT_DOUBLE_EQ(SyncSets().Item(1).LastSyncDate, DateFromParts(expected));
+  SaveSettings();
+  EXPECT_NE(dir_.ReadFile("Pairwell.ini")
+                .find("LastSyncDate=2026-11-02 15:04:05\r\n"),
+            std::string::npos);
+}
+
+TEST(GetINIPathTest, EnvironmentVariableWinsElseBesideTheExecutable) {
+  setenv(kIniPathVariable, "/some/where.ini", 1);
+  EXPECT_EQ(GetINIPath(), "/some/where.ini");
+  unsetenv(kIniPathVariable);
+  EXPECT_EQ(GetINIPath(), ExecutableFolder() + "/Pairwell.ini");
+  EXPECT_FALSE(ExecutableFolder().empty());
+}
+
+}  // namespace
+}  // namespace pairwell

@@ -1,0 +1,108 @@
+#include "util/date_time.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+namespace pairwell {
+namespace {
+
+DateParts Parts(int y, int mo, int d, int h = 0, int mi = 0, int s = 0,
+                int ms = 0) {
+  DateParts p;
+  p.year = y;
+  p.month = mo;
+  p.day = d;
+  p.hour = h;
+  p.minute = mi;
+  p.second = s;
+  p.millisecond = ms;
+  return p;
+}
+
+TEST(DateTimeTest, DayCountsStartAt18991230) {
+  EXPECT_DOUBLE_EQ(DateFromParts(Parts(1899, 12, 30)), 0);
+  EXPECT_DOUBLE_EQ(DateFromParts(Parts(1899, 12, 31)), 1);
+  EXPECT_DOUBLE_EQ(DateFromParts(Parts(1900, 3, 1)), 61);
+  EXPECT_DOUBLE_EQ(DateFromParts(Parts(2000, 1, 1, 12)), 36526.5);
+  EXPECT_DOUBLE_EQ(DateFromParts(Parts(1899, 12, 29, 6)), -1.25);
+}
+
+TEST(DateTimeTest, PartsRoundTripToTheMillisecond) {
+  const DateParts kDates[] = {Parts(2026, 11, 2, 15, 4, 5, 678),
+                              Parts(2024, 2, 29, 23, 59, 59, 999),
+                              Parts(1970, 1, 1), Parts(1899, 12, 29, 6),
+                              Parts(9999, 12, 31, 23, 59, 59)};
+  for (const DateParts& d : kDates) {
+    const DateParts back = PartsFromDate(DateFromParts(d));
+    EXPECT_EQ(back.year, d.year);
+    EXPECT_EQ(back.month, d.month);
+    EXPECT_EQ(back.day, d.day);
+    EXPECT_EQ(back.hour, d.hour);
+    EXPECT_EQ(back.minute, d.minute);
+    EXPECT_EQ(back.second, d.second);
+    EXPECT_EQ(back.millisecond, d.millisecond)
+        << d.year << "-" << d.month << "-" << d.day;
+  }
+}
+
+TEST(DateTimeTest, GeneralDateIsWrittenIsoLike) {
+  EXPECT_EQ(FormatGeneralDate(DateFromParts(Parts(2026, 11, 2, 15, 4, 5))),
+            "2026-11-02 15:04:05");
+  EXPECT_EQ(FormatGeneralDate(DateFromParts(Parts(2026, 1, 9))),
+            "2026-01-09 00:00:00");
+}
+
+TEST(DateTimeTest, OlderDateLayoutsAreRead) {
+  const double expected = DateFromParts(Parts(2026, 11, 2, 15, 4, 5));
+  const struct {
+    const char* text;
+    double date;
+  } kCases[] = {
+      {"2026-11-02 15:04:05", expected},
+      {" 2026-11-02 15:04:05 ", expected},
+      {"11/2/2026 3:04:05 PM", expected},
+      {"11/2/2026 3:04:05 pm", expected},
+      {"11/2/2026 12:00:00 AM", DateFromParts(Parts(2026, 11, 2))},
+      {"11/2/2026 12:30:00 PM", DateFromParts(Parts(2026, 11, 2, 12, 30))},
+      {"11/2/2026", DateFromParts(Parts(2026, 11, 2))},
+      {"2026-11-02", DateFromParts(Parts(2026, 11, 2))},
+  };
+  for (const auto& c : kCases) {
+    double date = -1;
+    EXPECT_TRUE(ParseDateText(c.text, &date)) << c.text;
+    EXPECT_DOUBLE_EQ(date, c.date) << c.text;
+  }
+}
+
+TEST(DateTimeTest, UnreadableDatesAreRefusedAndLeaveTheValue) {
+  const char* kBad[] = {"",
+                        "yesterday",
+                        "2026-13-01 00:00:00",
+                        "2026-02-30",
+                        "2/30/2026",
+                        "11/2/2026 13:00:00 PM",
+                        "11/2/2026 3:04:05",
+                        "2026-11-02 24:00:00",
+                        "2026-11-02T15:04:05",
+                        "45000"};
+  for (const char* text : kBad) {
+    double date = 7;
+    EXPECT_FALSE(ParseDateText(text, &date)) << text;
+    EXPECT_EQ(date, 7) << text;
+  }
+}
+
+TEST(DateTimeTest, NowIsTodayInLocalTime) {
+  const double now = Now();
+  time_t seconds = time(nullptr);
+  struct tm local;
+  localtime_r(&seconds, &local);
+  const double today = DateFromParts(
+      Parts(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday));
+  EXPECT_GE(now, today);
+  EXPECT_LT(now, today + 1.0001);
+}
+
+}  // namespace
+}  // namespace pairwell
