@@ -3,10 +3,10 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "config/user_interface.h"
 #include "util/system.h"
 #include "util/text.h"
 #include "util/text_file.h"
+#include "util/user_interface.h"
 
 namespace pairwell {
 

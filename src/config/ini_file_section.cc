@@ -98,8 +98,7 @@ long INIFileSection::FindVarIndex(const std::string& name) const {
   return -1;
 }
 
-void INIFileSection::AddVar(const std::string& name,
-                            const std::string& value) {
+void INIFileSection::AddVar(const std::string& name, const std::string& value) {
   if (name != kComment) {
     const long index = FindVarIndex(name);
     if (index > 0) {

@@ -1,13 +1,16 @@
 #include "config/module.h"
 
+#include <cmath>
 #include <memory>
 #include <vector>
 
-#include "config/user_interface.h"
 #include "util/command_line.h"
+#include "util/date_time.h"
+#include "util/file_system.h"
 #include "util/path.h"
 #include "util/system.h"
 #include "util/text.h"
+#include "util/user_interface.h"
 
 namespace pairwell {
 
@@ -57,6 +60,22 @@ std::string GetINIPath() {
   const std::string from_environment = EnvironmentValue(kIniPathVariable);
   if (!from_environment.empty()) return from_environment;
   return CombinePath(ExecutableFolder(), std::string(kAppTitle) + ".ini");
+}
+
+std::string ConfigFolder() {
+  const std::string path = GetINIPath();
+  const std::string::size_type slash = path.find_last_of("/\\");
+  if (slash == std::string::npos) return std::string();
+  return slash == 0 ? path.substr(0, 1) : path.substr(0, slash);
+}
+
+void ClearLogIfOld(const Synchronizer& set) {
+  if (!set.ClearLogDaily) return;
+  const std::string path = CombinePath(ConfigFolder(), Trim(set.LogFileName));
+  FolderEntry entry;
+  if (GetFileInfo(path, &entry) && entry.modify_date < std::floor(Now())) {
+    DeleteFile(path);  // a log that cannot be deleted is simply kept
+  }
 }
 
 void LoadSettings() {
@@ -118,8 +137,8 @@ void Main(const std::string& command_line) {
 
   const std::vector<std::string> args = SplitCommandLine(command_line);
   LoadSettings();
-  SetSimulationMode(StrToBool(
-      TheINIFile().SectionI(0)->FindVar2("SimulationMode", "False")));
+  SetSimulationMode(
+      StrToBool(TheINIFile().SectionI(0)->FindVar2("SimulationMode", "False")));
   for (const std::string& arg : args) {
     if (!arg.empty() && (arg[0] == '/' || arg[0] == '-')) ApplySwitch(arg);
   }

@@ -42,6 +42,16 @@ Synchronizer& NewSyncSet(const std::string& name);
 // std::system_error; the file on disk then stays as it was.
 void SaveSettings();
 
+// The folder of the configuration file; relative log names are taken
+// relative to it.
+std::string ConfigFolder();
+
+// When the set clears its log daily: looks the trimmed log name up with
+// GetFileInfo and deletes it, errors ignored, when what was found was last
+// modified before today. GetFileInfo finds folders only, so an ordinary log
+// file is kept.
+void ClearLogIfOld(const Synchronizer& set);
+
 // The start-up procedure up to showing the main window: fresh state, the
 // configuration file loaded, SimulationMode read, the command-line switches
 // applied ("/Q" or "-Q" quiet mode for every set, "/?" the not-implemented

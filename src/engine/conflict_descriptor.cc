@@ -2,9 +2,9 @@
 
 #include <stdexcept>
 
-#include "config/user_interface.h"
 #include "util/command_line.h"
 #include "util/text.h"
+#include "util/user_interface.h"
 
 namespace pairwell {
 
@@ -18,10 +18,10 @@ bool StateCode(char code, int* value, int* mask) {
     int mask;
   };
   static const Code kCodes[] = {
-      {'0', 0, 7}, {'1', 1, 7}, {'2', 0, 6}, {'3', 2, 7}, {'4', 3, 7},
-      {'5', 2, 6}, {'6', 0, 5}, {'M', 0, 5}, {'7', 1, 5}, {'D', 1, 5},
-      {'8', 0, 4}, {'S', 0, 4}, {'N', 4, 7}, {'H', 0, 1}, {'!', 0, 2},
-      {'?', 0, 0},
+      {'0', 0, 7}, {'1', 1, 7}, {'2', 0, 6}, {'3', 2, 7},
+      {'4', 3, 7}, {'5', 2, 6}, {'6', 0, 5}, {'M', 0, 5},
+      {'7', 1, 5}, {'D', 1, 5}, {'8', 0, 4}, {'S', 0, 4},
+      {'N', 4, 7}, {'H', 0, 1}, {'!', 0, 2}, {'?', 0, 0},
   };
   const char upper = UpperChar(code);
   for (const Code& c : kCodes) {

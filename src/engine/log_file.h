@@ -9,10 +9,10 @@
 namespace pairwell {
 
 // LogFlags bits.
-constexpr std::uint16_t kLogOverwrite = 1;       // truncate when opened
-constexpr std::uint16_t kLogDeleteAtStart = 2;   // ProgramStart deletes it
-constexpr std::uint16_t kLogNoHeader = 4;        // no "Log Opened" line
-constexpr std::uint16_t kLogOpenOnPrint = 8;     // printing opens it
+constexpr std::uint16_t kLogOverwrite = 1;      // truncate when opened
+constexpr std::uint16_t kLogDeleteAtStart = 2;  // ProgramStart deletes it
+constexpr std::uint16_t kLogNoHeader = 4;       // no "Log Opened" line
+constexpr std::uint16_t kLogOpenOnPrint = 8;    // printing opens it
 
 class LogFile {
  public:

@@ -123,8 +123,9 @@ void Synchronizer::ReadFolders(const INIFileSection& section) {
   for (int i = 1;; ++i) {
     const std::string key = "Dir" + std::to_string(i);
     if (section.FindVarIndex(key) < 0) break;
-    folders_.push_back(Folder{
-        section.FindVar(key), LeadingInteger(section.FindVar2(key + "Flags", "4"))});
+    folders_.push_back(
+        Folder{section.FindVar(key),
+               LeadingInteger(section.FindVar2(key + "Flags", "4"))});
   }
 }
 

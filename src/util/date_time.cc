@@ -54,15 +54,15 @@ bool ValidParts(const DateParts& p) {
 bool ScanIso(const std::string& text, DateParts* p) {
   int used = 0;
   const char* s = text.c_str();
-  if (std::sscanf(s, "%4d-%2d-%2d %2d:%2d:%2d%n", &p->year, &p->month,
-                  &p->day, &p->hour, &p->minute, &p->second, &used) == 6 &&
+  if (std::sscanf(s, "%4d-%2d-%2d %2d:%2d:%2d%n", &p->year, &p->month, &p->day,
+                  &p->hour, &p->minute, &p->second, &used) == 6 &&
       s[used] == '\0') {
     return true;
   }
   used = 0;
   p->hour = p->minute = p->second = 0;
-  return std::sscanf(s, "%4d-%2d-%2d%n", &p->year, &p->month, &p->day,
-                     &used) == 3 &&
+  return std::sscanf(s, "%4d-%2d-%2d%n", &p->year, &p->month, &p->day, &used) ==
+             3 &&
          s[used] == '\0';
 }
 
@@ -70,8 +70,8 @@ bool ScanUs(const std::string& text, DateParts* p) {
   int used = 0;
   char ampm[3] = {0, 0, 0};
   const char* s = text.c_str();
-  if (std::sscanf(s, "%2d/%2d/%4d %2d:%2d:%2d %2[AaPpMm]%n", &p->month,
-                  &p->day, &p->year, &p->hour, &p->minute, &p->second, ampm,
+  if (std::sscanf(s, "%2d/%2d/%4d %2d:%2d:%2d %2[AaPpMm]%n", &p->month, &p->day,
+                  &p->year, &p->hour, &p->minute, &p->second, ampm,
                   &used) == 7 &&
       s[used] == '\0') {
     const std::string marker = UpperCase(ampm);
@@ -83,8 +83,8 @@ bool ScanUs(const std::string& text, DateParts* p) {
   }
   used = 0;
   p->hour = p->minute = p->second = 0;
-  return std::sscanf(s, "%2d/%2d/%4d%n", &p->month, &p->day, &p->year,
-                     &used) == 3 &&
+  return std::sscanf(s, "%2d/%2d/%4d%n", &p->month, &p->day, &p->year, &used) ==
+             3 &&
          s[used] == '\0';
 }
 
@@ -120,11 +120,10 @@ DateParts PartsFromDate(double date) {
   return parts;
 }
 
-double Now() {
-  struct timespec now;
-  clock_gettime(CLOCK_REALTIME, &now);
+double FileTimeToDate(std::int64_t seconds, long nanoseconds) {
+  const time_t whole = static_cast<time_t>(seconds);
   struct tm local;
-  localtime_r(&now.tv_sec, &local);
+  if (localtime_r(&whole, &local) == nullptr) return 0;
   DateParts parts;
   parts.year = local.tm_year + 1900;
   parts.month = local.tm_mon + 1;
@@ -132,8 +131,70 @@ double Now() {
   parts.hour = local.tm_hour;
   parts.minute = local.tm_min;
   parts.second = local.tm_sec;
-  parts.millisecond = static_cast<int>(now.tv_nsec / 1000000);
+  parts.millisecond = static_cast<int>(nanoseconds / 1000000);
   return DateFromParts(parts);
+}
+
+void DateToFileTime(double date, std::int64_t* seconds, long* nanoseconds) {
+  const DateParts parts = PartsFromDate(date);
+  struct tm local = {};
+  local.tm_year = parts.year - 1900;
+  local.tm_mon = parts.month - 1;
+  local.tm_mday = parts.day;
+  local.tm_hour = parts.hour;
+  local.tm_min = parts.minute;
+  local.tm_sec = parts.second;
+  local.tm_isdst = -1;  // let the system tell whether daylight saving is on
+  *seconds = static_cast<std::int64_t>(mktime(&local));
+  *nanoseconds = parts.millisecond * 1000000L;
+}
+
+double Now() {
+  struct timespec now;
+  clock_gettime(CLOCK_REALTIME, &now);
+  return FileTimeToDate(now.tv_sec, now.tv_nsec);
+}
+
+std::string FormatDate(double date, const std::string& pattern) {
+  static const char* const kMonths[] = {"Jan", "Feb", "Mar", "Apr",
+                                        "May", "Jun", "Jul", "Aug",
+                                        "Sep", "Oct", "Nov", "Dec"};
+  const DateParts p = PartsFromDate(date);
+  const bool twelve_hour = pattern.find("AMPM") != std::string::npos;
+  const int hour = twelve_hour ? (p.hour % 12 == 0 ? 12 : p.hour % 12) : p.hour;
+  std::string text;
+  std::string::size_type i = 0;
+  auto token = [&](const char* t) {
+    const std::string::size_type n = std::char_traits<char>::length(t);
+    if (pattern.compare(i, n, t) != 0) return false;
+    i += n;
+    return true;
+  };
+  auto two_digits = [](int value) {
+    char digits[8];
+    std::snprintf(digits, sizeof digits, "%02d", value);
+    return std::string(digits);
+  };
+  while (i < pattern.size()) {
+    if (token("yyyy")) {
+      text += std::to_string(p.year);
+    } else if (token("mmm")) {
+      text += kMonths[p.month - 1];
+    } else if (token("AMPM")) {
+      text += p.hour < 12 ? "AM" : "PM";
+    } else if (token("hh")) {
+      text += two_digits(hour);
+    } else if (token("h")) {
+      text += std::to_string(hour);
+    } else if (token("nn")) {
+      text += two_digits(p.minute);
+    } else if (token("d")) {
+      text += std::to_string(p.day);
+    } else {
+      text.push_back(pattern[i++]);
+    }
+  }
+  return text;
 }
 
 std::string FormatGeneralDate(double date) {

@@ -3,6 +3,7 @@
 #ifndef PAIRWELL_UTIL_DATE_TIME_H_
 #define PAIRWELL_UTIL_DATE_TIME_H_
 
+#include <cstdint>
 #include <string>
 
 namespace pairwell {
@@ -29,6 +30,22 @@ DateParts PartsFromDate(double date);
 
 // The present local moment.
 double Now();
+
+// A POSIX time (seconds and nanoseconds since the epoch, UTC) as a local
+// day count, daylight saving included; kept to the millisecond.
+double FileTimeToDate(std::int64_t seconds, long nanoseconds);
+
+// The POSIX time of a local day count, to the millisecond. Of a local time
+// that occurs twice (the hour repeated when daylight saving ends) the system
+// picks one; a time skipped by the change moves forward.
+void DateToFileTime(double date, std::int64_t* seconds, long* nanoseconds);
+
+// Formats a date by a pattern of the tokens "yyyy", "mmm" (month
+// abbreviation), "d", "hh", "h", "nn" (minutes) and "AMPM"; other characters
+// are copied. With "AMPM" the hour counts 1..12. "mmm d, yyyy hh:nnAMPM"
+// gives "Nov 2, 2026 03:04PM"; "mmm d, yyyy h:nnAMPM" gives
+// "Nov 2, 2026 3:04PM".
+std::string FormatDate(double date, const std::string& pattern);
 
 // "YYYY-MM-DD HH:MM:SS", the form in which dates are written.
 std::string FormatGeneralDate(double date);

@@ -10,20 +10,11 @@
 #include <vector>
 
 #include "support/recording_user_interface.h"
+#include "support/section_entries.h"
 #include "support/temp_dir.h"
 
 namespace pairwell {
 namespace {
-
-using Entries = std::vector<std::pair<std::string, std::string>>;
-
-Entries EntriesOf(const INIFileSection& section) {
-  Entries entries;
-  for (long i = 1; i <= section.VarCount(); ++i) {
-    entries.emplace_back(section.VarName(i), section.VarValue(i));
-  }
-  return entries;
-}
 
 class INIFileTest : public ::testing::Test {
  protected:
@@ -217,10 +208,8 @@ TEST(INIFileSectionTest, AddVarReplacesInPlaceButAlwaysAppendsComments) {
   section.AddVar("b", "2");
   section.AddVar("a", "3");
   section.AddVar(";", "c");
-  EXPECT_EQ(EntriesOf(section), (Entries{{"a", "3"},
-                                         {";", "c"},
-                                         {"b", "2"},
-                                         {";", "c"}}));
+  EXPECT_EQ(EntriesOf(section),
+            (Entries{{"a", "3"}, {";", "c"}, {"b", "2"}, {";", "c"}}));
   EXPECT_EQ(section.VarCount(), 4);
   EXPECT_EQ(section.CommentCount(), 2);
   EXPECT_EQ(section.FindVarIndex(";"), 2);

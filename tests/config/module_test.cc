@@ -1,8 +1,11 @@
 #include "config/module.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#include <sys/stat.h>
 
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -218,8 +221,7 @@ TEST_F(ModuleTest, QuestionSwitchShowsOnlyTheNotice) {
 }
 
 TEST_F(ModuleTest, SwitchesMatchWholeIgnoringCaseAndLoseTheirQuotes) {
-  StartWith("[Conflict Types]\r\n[Sec: A]\r\n",
-            "/Qx - \"/x y\" plain /Q");
+  StartWith("[Conflict Types]\r\n[Sec: A]\r\n", "/Qx - \"/x y\" plain /Q");
   EXPECT_EQ(ui_.Texts(), (std::vector<std::string>{
                              "Unknown command-line switch ignored: /Qx",
                              "Unknown command-line switch ignored: -",
@@ -238,10 +240,10 @@ TEST_F(ModuleTest, SimulationModeFollowsBooleanConversion) {
   const struct {
     const char* text;
     bool on;
-  } kCases[] = {{"1", true},     {"on", false},   {"True", true},
-                {"true", true},  {"-1", true},    {"yes", false},
-                {"", false},     {"0", false},    {" TRUE ", true},
-                {"2.5", true},   {"False", false}};
+  } kCases[] = {{"1", true},    {"on", false},   {"True", true},
+                {"true", true}, {"-1", true},    {"yes", false},
+                {"", false},    {"0", false},    {" TRUE ", true},
+                {"2.5", true},  {"False", false}};
   for (const auto& c : kCases) {
     StartWith(std::string("SimulationMode=") + c.text +
               "\r\n[Conflict Types]\r\n");
@@ -287,10 +289,12 @@ TEST_F(ModuleTest, FileWithoutCatalogueIsReportedButSetsLoad) {
 }
 
 TEST_F(ModuleTest, BadCatalogueTextIsReportedAndTheRestLoads) {
-  StartWith("[Conflict Types]\r\nBad=x?0 DONOTHING*\r\nGood=?0?\r\n"
-            "[Sec: A]\r\n");
-  EXPECT_EQ(ui_.Texts(), (std::vector<std::string>{
-                             "An error was detected in the INI file."}));
+  StartWith(
+      "[Conflict Types]\r\nBad=x?0 DONOTHING*\r\nGood=?0?\r\n"
+      "[Sec: A]\r\n");
+  EXPECT_EQ(
+      ui_.Texts(),
+      (std::vector<std::string>{"An error was detected in the INI file."}));
   ASSERT_EQ(SyncSets().Item(1).ConflictTypeCount(), 1);
   EXPECT_EQ(SyncSets().Item(1).ConflictTypes(1).Name, "Good");
 }
@@ -324,8 +328,9 @@ TEST_F(ModuleTest, SetsWhoseNamesDifferInCaseShareOneSection) {
 }
 
 TEST_F(ModuleTest, SavingTwiceLeavesNoStaleKeysOrSets) {
-  StartWith("[Conflict Types]\r\n[Sec: A]\r\nDir1=/a\r\nDir2=/b\r\n"
-            "[Sec: B]\r\n");
+  StartWith(
+      "[Conflict Types]\r\n[Sec: A]\r\nDir1=/a\r\nDir2=/b\r\n"
+      "[Sec: B]\r\n");
   SaveSettings();
   SyncSets().Item(1).PathRemove(2);
   SyncSets().Remove(2);
@@ -362,7 +367,8 @@ TEST_F(ModuleTest, SaveFailureThrowsAndKeepsTheOldFile) {
 }
 
 TEST_F(ModuleTest, LastSyncDateSurvivesSaveAndLoad) {
-  StartWith("[Conflict Types]\r\n[Sec: A]\r\nLastSyncDate=11/2/2026 3:04:05 PM\r\n");
+  StartWith(
+      "[Conflict Types]\r\n[Sec: A]\r\nLastSyncDate=11/2/2026 3:04:05 PM\r\n");
   DateParts expected;
   expected.year = 2026;
   expected.month = 11;
@@ -375,6 +381,50 @@ TEST_F(ModuleTest, LastSyncDateSurvivesSaveAndLoad) {
   EXPECT_NE(dir_.ReadFile("Pairwell.ini")
                 .find("LastSyncDate=2026-11-02 15:04:05\r\n"),
             std::string::npos);
+}
+
+// Makes the path's modification time two days old.
+void AgeByTwoDays(const std::string& path) {
+  struct timespec times[2] = {{0, UTIME_OMIT}, {time(nullptr) - 2 * 86400, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+}
+
+TEST_F(ModuleTest, ClearLogIfOldKeepsAnOrdinaryLogFile) {
+  StartWith(
+      "[Conflict Types]\r\n[Sec: A]\r\nClearLogDaily=True\r\n"
+      "LogFileName= old.log \r\n");
+  dir_.WriteFile("old.log", "yesterday's lines");
+  AgeByTwoDays(dir_.Join("old.log"));
+  // The lookup adds "/*" to the name, so an ordinary file is never found.
+  ClearLogIfOld(SyncSets().Item(1));
+  EXPECT_EQ(dir_.ReadFile("old.log"), "yesterday's lines");
+  EXPECT_TRUE(ui_.messages.empty());
+}
+
+TEST_F(ModuleTest, ClearLogIfOldDoesNothingUnlessAsked) {
+  StartWith("[Conflict Types]\r\n[Sec: A]\r\nLogFileName=logdir\r\n");
+  ASSERT_EQ(mkdir(dir_.Join("logdir").c_str(), 0755), 0);
+  AgeByTwoDays(dir_.Join("logdir"));
+  ClearLogIfOld(SyncSets().Item(1));
+  EXPECT_TRUE(dir_.Exists("logdir"));
+}
+
+TEST_F(ModuleTest, ClearLogIfOldIgnoresTheFailureToDeleteAFolder) {
+  StartWith(
+      "[Conflict Types]\r\n[Sec: A]\r\nClearLogDaily=True\r\n"
+      "LogFileName=logdir\r\n");
+  ASSERT_EQ(mkdir(dir_.Join("logdir").c_str(), 0755), 0);
+  dir_.WriteFile("logdir/kept.txt", "x");
+  AgeByTwoDays(dir_.Join("logdir"));
+  // Found (a folder has a "." entry) and old, but a folder is not a file:
+  // the deletion fails quietly and everything stays.
+  ClearLogIfOld(SyncSets().Item(1));
+  EXPECT_EQ(dir_.ReadFile("logdir/kept.txt"), "x");
+  EXPECT_TRUE(ui_.messages.empty());
+}
+
+TEST_F(ModuleTest, RelativeLogNamesAreTakenBesideTheConfiguration) {
+  EXPECT_EQ(ConfigFolder(), dir_.path());
 }
 
 TEST(GetINIPathTest, EnvironmentVariableWinsElseBesideTheExecutable) {

@@ -100,8 +100,7 @@ TEST(StringTreeTest, KeysCompareUpperCasedNotLowerCased) {
 TEST(StringTreeTest, ShorterKeySortsBeforeLongerKeyItBegins) {
   StringTree tree;
   AddAll(&tree, {"ABC", "ab", "abcd", "a"});
-  EXPECT_EQ(Keys(tree),
-            (std::vector<std::string>{"a", "ab", "ABC", "abcd"}));
+  EXPECT_EQ(Keys(tree), (std::vector<std::string>{"a", "ab", "ABC", "abcd"}));
 }
 
 TEST(StringTreeTest, EmptyKeySortsFirst) {
@@ -167,7 +166,7 @@ TEST(StringTreeTest, FindLocatesEveryKeyOfALargeTreeIgnoringCase) {
     EXPECT_EQ(tree.Find(lower), i) << "key " << lower;
     EXPECT_EQ(tree.Find(tree.ListStr(i)), i) << "key " << tree.ListStr(i);
   }
-  for (const std::string& absent : {"File", "File005", "File99a", "A", "Z"}) {
+  for (const std::string absent : {"File", "File005", "File99a", "A", "Z"}) {
     EXPECT_EQ(tree.Find(absent), -1) << "key " << absent;
   }
 }

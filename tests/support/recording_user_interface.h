@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "config/user_interface.h"
+#include "util/user_interface.h"
 
 namespace pairwell {
 
@@ -31,6 +31,8 @@ class RecordingUserInterface : public UserInterface {
   int events_pumped = 0;
   bool confirm_answer = true;
   int confirm_calls = 0;
+  std::string folder_answer;
+  std::vector<std::string> browse_prompts;
 
   int MessageBox(const std::string& text, int style,
                  const std::string& caption) override;
@@ -42,6 +44,11 @@ class RecordingUserInterface : public UserInterface {
   bool ConfirmActions(Synchronizer&) override {
     ++confirm_calls;
     return confirm_answer;
+  }
+  // Answers with folder_answer and records the prompt.
+  std::string BrowseForFolder(const std::string& prompt) override {
+    browse_prompts.push_back(prompt);
+    return folder_answer;
   }
 
   // The texts of the messages shown so far.

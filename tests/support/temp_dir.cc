@@ -1,12 +1,12 @@
 #include "support/temp_dir.h"
 
+#include <stdlib.h>
+
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
 #include <vector>
-
-#include <stdlib.h>
 
 namespace pairwell {
 

@@ -3,6 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
+#include <cstdlib>
+#include <ctime>
+#include <string>
 
 namespace pairwell {
 namespace {
@@ -102,6 +106,87 @@ TEST(DateTimeTest, NowIsTodayInLocalTime) {
       Parts(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday));
   EXPECT_GE(now, today);
   EXPECT_LT(now, today + 1.0001);
+}
+
+// Runs a test in a fixed time zone with daylight saving: Central European
+// time, written as a rule so that no zone database is needed.
+class LocalTimeTest : public ::testing::Test {
+ protected:
+  LocalTimeTest() {
+    const char* old = getenv("TZ");
+    had_tz_ = old != nullptr;
+    if (had_tz_) old_tz_ = old;
+    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
+    tzset();
+  }
+  ~LocalTimeTest() override {
+    if (had_tz_) {
+      setenv("TZ", old_tz_.c_str(), 1);
+    } else {
+      unsetenv("TZ");
+    }
+    tzset();
+  }
+
+  bool had_tz_ = false;
+  std::string old_tz_;
+};
+
+TEST_F(LocalTimeTest, PosixTimeBecomesLocalDateWithDaylightSaving) {
+  // 2026-01-15 12:00:00 UTC is 13:00 in winter.
+  EXPECT_EQ(FormatGeneralDate(FileTimeToDate(1768478400, 0)),
+            "2026-01-15 13:00:00");
+  // 2026-07-15 12:00:00 UTC is 14:00 in summer.
+  EXPECT_EQ(FormatGeneralDate(FileTimeToDate(1784116800, 0)),
+            "2026-07-15 14:00:00");
+  EXPECT_EQ(FormatGeneralDate(FileTimeToDate(0, 0)), "1970-01-01 01:00:00");
+}
+
+TEST_F(LocalTimeTest, DatesRoundTripThroughPosixTimeToTheMillisecond) {
+  const struct {
+    std::int64_t seconds;
+    long nanos;
+  } kTimes[] = {{1768478400, 0},         {1784116800, 999999999},
+                {1700000000, 123456789}, {0, 1000000},
+                {1774746000, 500000000},   // 2026-03-29 01:00 UTC, spring
+                {1792893600, 250000000}};  // 2026-10-25 02:00 UTC, autumn
+  for (const auto& t : kTimes) {
+    std::int64_t seconds = 0;
+    long nanos = 0;
+    DateToFileTime(FileTimeToDate(t.seconds, t.nanos), &seconds, &nanos);
+    EXPECT_EQ(seconds, t.seconds) << "seconds " << t.seconds;
+    EXPECT_EQ(nanos, t.nanos / 1000000 * 1000000) << "seconds " << t.seconds;
+  }
+}
+
+TEST_F(LocalTimeTest, NowFollowsTheClock) {
+  const double before = FileTimeToDate(time(nullptr), 0);
+  const double now = Now();
+  EXPECT_GE(now, before);
+  EXPECT_LT(now - before, 5.0 / 86400);
+}
+
+TEST(FormatDateTest, PatternsOfTheFileLists) {
+  const double afternoon = DateFromParts(Parts(2026, 11, 2, 15, 4, 5));
+  const double morning = DateFromParts(Parts(2026, 1, 9, 9, 7));
+  const double midnight = DateFromParts(Parts(2026, 12, 31, 0, 0));
+  const double noon = DateFromParts(Parts(2026, 5, 20, 12, 59));
+  const struct {
+    double date;
+    const char* pattern;
+    const char* text;
+  } kCases[] = {
+      {afternoon, "mmm d, yyyy hh:nnAMPM", "Nov 2, 2026 03:04PM"},
+      {afternoon, "mmm d, yyyy h:nnAMPM", "Nov 2, 2026 3:04PM"},
+      {morning, "mmm d, yyyy hh:nnAMPM", "Jan 9, 2026 09:07AM"},
+      {morning, "mmm d, yyyy h:nnAMPM", "Jan 9, 2026 9:07AM"},
+      {midnight, "mmm d, yyyy hh:nnAMPM", "Dec 31, 2026 12:00AM"},
+      {noon, "mmm d, yyyy h:nnAMPM", "May 20, 2026 12:59PM"},
+      {afternoon, "yyyy hh:nn", "2026 15:04"},
+  };
+  for (const auto& c : kCases) {
+    EXPECT_EQ(FormatDate(c.date, c.pattern), c.text) << c.pattern;
+  }
 }
 
 }  // namespace

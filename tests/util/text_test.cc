@@ -29,9 +29,9 @@ TEST(TextTest, LeadingNumberReadsTheNumberAtTheStart) {
   const struct {
     const char* text;
     double value;
-  } kCases[] = {{"8", 8},        {" 12abc", 12}, {"abc", 0},   {"", 0},
-                {"-3", -3},      {"+4", 4},      {"2.5x", 2.5}, {".5", 0.5},
-                {"1e3", 1000},   {"1e", 1},      {"3C+", 3},   {"- 1", 0}};
+  } kCases[] = {{"8", 8},      {" 12abc", 12}, {"abc", 0},    {"", 0},
+                {"-3", -3},    {"+4", 4},      {"2.5x", 2.5}, {".5", 0.5},
+                {"1e3", 1000}, {"1e", 1},      {"3C+", 3},    {"- 1", 0}};
   for (const auto& c : kCases) {
     EXPECT_DOUBLE_EQ(LeadingNumber(c.text), c.value) << "text " << c.text;
   }

@@ -1,4 +1,4 @@
-#include "config/user_interface.h"
+#include "util/user_interface.h"
 
 #include <stdexcept>
 
@@ -10,9 +10,9 @@ UserInterface* installed_ui = nullptr;
 
 int DefaultAnswer(int style) {
   static const int kAnswers[][3] = {
-      {kIdOk, kIdOk, kIdOk},             {kIdOk, kIdCancel, kIdCancel},
-      {kIdAbort, kIdRetry, kIdIgnore},   {kIdYes, kIdNo, kIdCancel},
-      {kIdYes, kIdNo, kIdNo},            {kIdRetry, kIdCancel, kIdCancel},
+      {kIdOk, kIdOk, kIdOk},           {kIdOk, kIdCancel, kIdCancel},
+      {kIdAbort, kIdRetry, kIdIgnore}, {kIdYes, kIdNo, kIdCancel},
+      {kIdYes, kIdNo, kIdNo},          {kIdRetry, kIdCancel, kIdCancel},
   };
   int buttons = style & kMbButtonsMask;
   if (buttons > kMbRetryCancel) buttons = kMbOkOnly;
@@ -32,6 +32,10 @@ UserInterface& UI() {
     throw std::logic_error("no user interface is installed");
   }
   return *installed_ui;
+}
+
+std::string BrowseForFolder(const std::string& prompt) {
+  return UI().BrowseForFolder(prompt);
 }
 
 int MsgBox(const std::string& text, int style, const std::string& caption) {

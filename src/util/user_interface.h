@@ -1,8 +1,8 @@
 // The one way the core reaches the person: message boxes, the event pump,
 // the status text, the log echo and the confirm window. The GUI implements it
 // with widgets, the CLI with the console, the tests with a recorder.
-#ifndef PAIRWELL_CONFIG_USER_INTERFACE_H_
-#define PAIRWELL_CONFIG_USER_INTERFACE_H_
+#ifndef PAIRWELL_UTIL_USER_INTERFACE_H_
+#define PAIRWELL_UTIL_USER_INTERFACE_H_
 
 #include <cstddef>
 #include <string>
@@ -72,6 +72,8 @@ class UserInterface {
   // Lets the person review and refine the set's actions. Returns false when
   // the person cancelled the run.
   virtual bool ConfirmActions(Synchronizer& set) = 0;
+  // The system's folder picker; "" when the person cancelled.
+  virtual std::string BrowseForFolder(const std::string& prompt) = 0;
 };
 
 // Installs the interface the core talks to (not owned; null removes it).
@@ -81,6 +83,10 @@ void SetUserInterface(UserInterface* ui);
 // a front end that forgets to install one would otherwise lose messages.
 UserInterface& UI();
 
+// Asks the person for a folder through the installed interface; "" when
+// cancelled.
+std::string BrowseForFolder(const std::string& prompt);
+
 // Shows a message box through the installed interface, with the application
 // title as caption unless another is given.
 int MsgBox(const std::string& text, int style = kMbOkOnly,
@@ -88,4 +94,4 @@ int MsgBox(const std::string& text, int style = kMbOkOnly,
 
 }  // namespace pairwell
 
-#endif  // PAIRWELL_CONFIG_USER_INTERFACE_H_
+#endif  // PAIRWELL_UTIL_USER_INTERFACE_H_

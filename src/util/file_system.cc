@@ -1,0 +1,233 @@
+#include "util/file_system.h"
+
+#include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "util/date_time.h"
+#include "util/path.h"
+#include "util/system.h"
+#include "util/user_interface.h"
+
+extern char** environ;
+
+namespace pairwell {
+
+namespace {
+
+// What one stat call tells about an entry.
+struct StatInfo {
+  mode_t mode = 0;
+  std::int64_t size = 0;
+  struct timespec modified = {0, 0};
+  struct timespec born = {0, 0};
+  bool has_birth = false;
+};
+
+// Examines name relative to the open folder dir_fd (or a path with
+// AT_FDCWD), never following a final symbolic link.
+int StatAt(int dir_fd, const char* name, int flags, StatInfo* info) {
+#ifdef STATX_BTIME
+  struct statx sx;
+  if (statx(dir_fd, name, flags | AT_STATX_SYNC_AS_STAT,
+            STATX_BASIC_STATS | STATX_BTIME, &sx) != 0) {
+    return errno;
+  }
+  info->mode = sx.stx_mode;
+  info->size = static_cast<std::int64_t>(sx.stx_size);
+  info->modified = {static_cast<time_t>(sx.stx_mtime.tv_sec),
+                    static_cast<long>(sx.stx_mtime.tv_nsec)};
+  info->has_birth = (sx.stx_mask & STATX_BTIME) != 0;
+  info->born = {static_cast<time_t>(sx.stx_btime.tv_sec),
+                static_cast<long>(sx.stx_btime.tv_nsec)};
+#else
+  struct stat st;
+  if (fstatat(dir_fd, name, &st, flags) != 0) return errno;
+  info->mode = st.st_mode;
+  info->size = st.st_size;
+  info->modified = st.st_mtim;
+#endif
+  return 0;
+}
+
+void FillEntry(const std::string& name, const StatInfo& info,
+               FolderEntry* entry) {
+  entry->name = name;
+  entry->size =
+      info.size > 0x7FFFFFFF ? kSizeCap : static_cast<std::int32_t>(info.size);
+  entry->modify_date =
+      FileTimeToDate(info.modified.tv_sec, info.modified.tv_nsec);
+  entry->create_date = info.has_birth
+                           ? FileTimeToDate(info.born.tv_sec, info.born.tv_nsec)
+                           : entry->modify_date;
+  entry->attributes = 0;
+  if ((info.mode & S_IWUSR) == 0) entry->attributes |= kAttrReadOnly;
+  if (!name.empty() && name[0] == '.') entry->attributes |= kAttrHidden;
+  if (S_ISDIR(info.mode)) entry->attributes |= kAttrDirectory;
+}
+
+const char* SpecialKind(mode_t mode) {
+  if (S_ISLNK(mode)) return "symbolic link, not followed";
+  if (S_ISSOCK(mode)) return "socket, not copied";
+  if (S_ISFIFO(mode)) return "fifo, not copied";
+  return "device, not copied";
+}
+
+// The 0-based position of the slash after which the first existing parent
+// ends, or npos when no parent may be used.
+std::string::size_type FindExistingParent(const std::string& path) {
+  for (std::string::size_type i = path.size() - 1; i >= 1; --i) {
+    // A drive "X:" ends the search; elsewhere ":" is an ordinary character
+    // of a POSIX name.
+    if (path[i] == ':' && i == 1) break;
+    if (!IsSlash(path[i])) continue;
+    // The root of a "//server/share" path is never created.
+    if (IsSlash(path[i - 1])) break;
+    std::string parent = path.substr(0, i);
+    if (parent.back() == ':') parent.push_back(kPathSeparator);
+    if (FolderExists(parent)) return i;
+  }
+  return std::string::npos;
+}
+
+bool CreateLevel(const std::string& folder) {
+  if (mkdir(folder.c_str(), 0777) == 0) return true;
+  // A level that exists already (a trailing slash names it twice, or
+  // another program made it meanwhile) is what was asked for.
+  return errno == EEXIST && FolderExists(folder);
+}
+
+}  // namespace
+
+std::vector<FolderEntry>& FolderEntries() {
+  static std::vector<FolderEntry> entries;
+  return entries;
+}
+
+bool FolderExists(const std::string& path) {
+  struct stat st;
+  return !path.empty() && stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+bool MakeDirectory(const std::string& path) {
+  if (FolderExists(path)) return true;
+  if (path.size() < 2) return false;
+  std::string::size_type slash = FindExistingParent(path);
+  if (slash == std::string::npos) return false;
+  while (slash < path.size()) {
+    std::string::size_type next = slash + 1;
+    while (next < path.size() && !IsSlash(path[next])) ++next;
+    if (!CreateLevel(path.substr(0, next))) return false;
+    slash = next;
+  }
+  return true;
+}
+
+bool GetFileInfo(const std::string& path, FolderEntry* entry) {
+  // "path/*" finds the folder's own "." entry first; a file has no entries.
+  const std::string folder = CombinePath(path, "*");
+  const std::string dot = folder.substr(0, folder.size() - 1) + ".";
+  StatInfo info;
+  if (StatAt(AT_FDCWD, dot.c_str(), 0, &info) != 0 || !S_ISDIR(info.mode)) {
+    return false;
+  }
+  FillEntry(".", info, entry);
+  return true;
+}
+
+int ListFolder(const std::string& folder, std::vector<LeftOutEntry>* left_out) {
+  DIR* dir = opendir(folder.c_str());
+  if (dir == nullptr) return errno;
+  const int dir_fd = dirfd(dir);
+  std::vector<FolderEntry>& entries = FolderEntries();
+  auto leave_out = [&](const char* name, const std::string& reason) {
+    if (left_out) left_out->push_back({CombinePath(folder, name), reason});
+  };
+  int result = 0;
+  for (;;) {
+    errno = 0;
+    const struct dirent* d = readdir(dir);
+    if (d == nullptr) {
+      result = errno;
+      break;
+    }
+    const std::string name = d->d_name;
+    if (name == "." || name == "..") continue;
+    StatInfo info;
+    const int error_number =
+        StatAt(dir_fd, d->d_name, AT_SYMLINK_NOFOLLOW, &info);
+    if (error_number != 0) {
+      leave_out(d->d_name, ErrorText(error_number));
+      continue;
+    }
+    if (!S_ISREG(info.mode) && !S_ISDIR(info.mode)) {
+      leave_out(d->d_name, SpecialKind(info.mode));
+      continue;
+    }
+    entries.emplace_back();
+    FillEntry(name, info, &entries.back());
+  }
+  closedir(dir);
+  return result;
+}
+
+int DeleteFile(const std::string& path) {
+  return unlink(path.c_str()) == 0 ? 0 : errno;
+}
+
+bool SetCreationTime(const std::string& path, double create_date,
+                     double modify_date) {
+  (void)create_date;  // POSIX file systems keep no settable birth time
+  const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (fd < 0) return false;
+  bool ok = true;
+  if (modify_date > 0) {
+    std::int64_t seconds = 0;
+    long nanoseconds = 0;
+    DateToFileTime(modify_date, &seconds, &nanoseconds);
+    struct timespec times[2];
+    times[0].tv_sec = 0;
+    times[0].tv_nsec = UTIME_OMIT;  // the access time stays as it is
+    times[1].tv_sec = static_cast<time_t>(seconds);
+    times[1].tv_nsec = nanoseconds;
+    ok = futimens(fd, times) == 0;
+  }
+  close(fd);
+  return ok;
+}
+
+int ExecuteFile(const std::string& file_name) {
+  // The codes the desktop opener gives stand in for the shell's: 1 bad
+  // arguments, 2 file not found, 3 no opener, 4 the opening failed.
+  constexpr int kNoOpener = 31;
+  constexpr int kSuccess = 42;
+  const char* argv[] = {"xdg-open", file_name.c_str(), nullptr};
+  pid_t pid = 0;
+  int code = kSuccess;
+  if (posix_spawnp(&pid, "xdg-open", nullptr, nullptr,
+                   const_cast<char* const*>(argv), environ) != 0) {
+    code = kNoOpener;
+  } else {
+    int status = 0;
+    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
+    }
+    if (!WIFEXITED(status)) {
+      code = kNoOpener;
+    } else if (WEXITSTATUS(status) != 0) {
+      const int exit_code = WEXITSTATUS(status);
+      code = exit_code <= 32 ? exit_code : kNoOpener;
+    }
+  }
+  if (code <= 32) {
+    MsgBox(
+        "ExecuteFile : ShellExecute returned error code" + std::to_string(code),
+        kMbExclamation);
+  }
+  return code;
+}
+
+}  // namespace pairwell

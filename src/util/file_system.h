@@ -1,0 +1,84 @@
+// The file-system routines every other layer goes through. The rest of the
+// program sees files in one model: attribute bits, local dates as day
+// counts, sizes capped at 31 bits.
+#ifndef PAIRWELL_UTIL_FILE_SYSTEM_H_
+#define PAIRWELL_UTIL_FILE_SYSTEM_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace pairwell {
+
+// Attribute bits. Read-only is set when the owner may not write; hidden for
+// names that start with "."; system and archive are never set here.
+constexpr std::uint16_t kAttrReadOnly = 1;
+constexpr std::uint16_t kAttrHidden = 2;
+constexpr std::uint16_t kAttrSystem = 4;
+constexpr std::uint16_t kAttrDirectory = 16;
+constexpr std::uint16_t kAttrArchive = 32;
+
+// The size recorded for a file of 2 GiB or more.
+constexpr std::int32_t kSizeCap = 134217727;
+
+// One row of a folder listing.
+struct FolderEntry {
+  std::string name;
+  std::int32_t size = 0;   // bytes; kSizeCap when it needs over 31 bits
+  double modify_date = 0;  // local day count
+  double create_date = 0;  // birth time where known, else modify_date
+  std::uint16_t attributes = 0;
+};
+
+// An entry a listing left out (symbolic links, sockets, fifos, devices, and
+// entries that vanished or could not be examined), with why.
+struct LeftOutEntry {
+  std::string path;
+  std::string reason;
+};
+
+// The program-wide entry array that ListFolder appends to; the scan reads a
+// folder's rows by their index range.
+std::vector<FolderEntry>& FolderEntries();
+
+// True when the path names a folder (a link to a folder counts).
+bool FolderExists(const std::string& path);
+
+// Creates the folder and its missing parents below the nearest existing
+// parent. True when the folder exists afterwards. Nothing is created when no
+// parent exists, when the search meets a doubled slash (the root of a
+// "//server/share" path) or a drive "X:"; a failed creation ends at once
+// with false (levels made before it stay).
+bool MakeDirectory(const std::string& path);
+
+// Looks the path up as "path/*" and fills the entry from the first match:
+// for a folder that is its own "." entry (its dates and attributes); an
+// ordinary file or a missing path is not found (false).
+bool GetFileInfo(const std::string& path, FolderEntry* entry);
+
+// Appends one row per file and folder of the folder ("." and ".." left out)
+// to FolderEntries(), with one pass of the directory and one stat per entry
+// relative to it. Symbolic links and special files are not followed or
+// listed; they go to *left_out (when given) with the reason. Returns 0, or
+// the system error number when the folder cannot be read (a missing folder
+// appends nothing).
+int ListFolder(const std::string& folder,
+               std::vector<LeftOutEntry>* left_out = nullptr);
+
+// Deletes the file. Returns 0, or the system error number.
+int DeleteFile(const std::string& path);
+
+// Sets the file's dates. POSIX keeps no settable creation time, so only the
+// modify date is set, when it is above 0. False when the file cannot be
+// opened for writing.
+bool SetCreationTime(const std::string& path, double create_date,
+                     double modify_date = 0);
+
+// Opens the file (a help page) with the desktop's opener, xdg-open. Returns
+// a number above 32 on success; otherwise shows "ExecuteFile : ShellExecute
+// returned error code" and the code (1..32), and returns it.
+int ExecuteFile(const std::string& file_name);
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_UTIL_FILE_SYSTEM_H_
