@@ -78,10 +78,11 @@ void ClearLogIfOld(const Synchronizer& set) {
   }
 }
 
-void LoadSettings() {
+bool LoadSettings() {
   INIFile& ini = TheINIFile();
-  ini.LoadFile(GetINIPath());
-  if (ini.IndexOfSection(kConflictTypesSection) < 0) {
+  const bool loaded = ini.LoadFile(GetINIPath());
+  const bool has_catalogue = ini.IndexOfSection(kConflictTypesSection) >= 0;
+  if (!has_catalogue) {
     MsgBox(
         "The .ini file this program requires is missing or incomplete.  "
         "Without it, the program will not be able to synchronize properly.",
@@ -99,6 +100,7 @@ void LoadSettings() {
     // The next section moves into position i.
     ini.RemoveSectionI(i);
   }
+  return loaded && has_catalogue;
 }
 
 Synchronizer& NewSyncSet(const std::string& name) {
@@ -128,15 +130,16 @@ void SaveSettings() {
   ini.SaveFile(GetINIPath());
 }
 
-void Main(const std::string& command_line) {
+bool Main(const std::string& command_line) {
   ProgramState& state = State();
   state.sync_sets = std::make_unique<SyncSetList>();
   state.ini_file = std::make_unique<INIFile>();
   state.log_file = std::make_unique<LogFile>();
   state.simulation_mode = false;
+  TheLogFile().SetBaseFolder(ConfigFolder());
 
   const std::vector<std::string> args = SplitCommandLine(command_line);
-  LoadSettings();
+  const bool loaded = LoadSettings();
   SetSimulationMode(
       StrToBool(TheINIFile().SectionI(0)->FindVar2("SimulationMode", "False")));
   for (const std::string& arg : args) {
@@ -144,6 +147,7 @@ void Main(const std::string& command_line) {
   }
   if (SyncSets().Count() == 0) NewSyncSet("Untitled");
   TheLogFile().LogFlags = 0;
+  return loaded;
 }
 
 }  // namespace pairwell

@@ -29,8 +29,9 @@ std::string GetINIPath();
 
 // Loads the configuration file and creates one set per "Sec:" section, in
 // file order, taking those sections out of the store. Tells the person when
-// the "Conflict Types" section is missing.
-void LoadSettings();
+// the "Conflict Types" section is missing. Returns false when the file could
+// not be read or the catalogue is missing.
+bool LoadSettings();
 
 // Appends a new set with default settings and that name, connects it to
 // TheLogFile and lets it read the conflict types (creating an empty "Conflict
@@ -56,8 +57,10 @@ void ClearLogIfOld(const Synchronizer& set);
 // configuration file loaded, SimulationMode read, the command-line switches
 // applied ("/Q" or "-Q" quiet mode for every set, "/?" the not-implemented
 // notice, other switches a notice that they are ignored), an "Untitled" set
-// when none was loaded, and the log's flags cleared.
-void Main(const std::string& command_line);
+// when none was loaded, and the log's flags cleared. Returns false when the
+// configuration file could not be read or has no "Conflict Types" (the
+// person has been told; the program may still go on).
+bool Main(const std::string& command_line);
 
 }  // namespace pairwell
 

@@ -45,6 +45,26 @@ long StringTree::Add(const std::string& key, bool* found) {
   return position;
 }
 
+void StringTree::AddSorted(const std::vector<std::string>& keys) {
+  if (keys.empty()) return;
+  std::vector<Node> merged;
+  merged.reserve(nodes_.size() + keys.size());
+  std::size_t old_index = 0;
+  for (const std::string& key : keys) {
+    while (old_index < nodes_.size() &&
+           CompareNoCase(nodes_[old_index].str, key) < 0) {
+      merged.push_back(std::move(nodes_[old_index++]));
+    }
+    Node node;
+    node.str = key;
+    merged.push_back(std::move(node));
+  }
+  while (old_index < nodes_.size()) {
+    merged.push_back(std::move(nodes_[old_index++]));
+  }
+  nodes_.swap(merged);
+}
+
 void StringTree::Remove(const std::string& key) {
   const long index = Find(key);
   if (index > 0) RemoveAt(index);

@@ -37,6 +37,12 @@ class StringTree : public TreeObject {
   // existing node keeps its key as first given.
   long Add(const std::string& key, bool* found);
 
+  // Inserts many new keys at once, in one pass over the nodes, so a folder
+  // of many names costs no more per name than a small one. The keys must be
+  // in ascending order ignoring case, unique, and none may be present yet.
+  // New nodes get number -1 and no object.
+  void AddSorted(const std::vector<std::string>& keys);
+
   // Removes the node with that key; nothing when there is none.
   void Remove(const std::string& key);
   // Removes the node; later nodes move down by one.

@@ -15,6 +15,8 @@ namespace pairwell {
 
 class INIFileSection;
 class LogFile;
+class SyncFile;
+struct FolderEntry;
 
 // Path flags of a folder.
 constexpr std::int32_t kFolderTypeMask = 3;  // bits 0-1: the folder type
@@ -24,6 +26,13 @@ constexpr std::int32_t kFolderMergeTo = 2;
 constexpr std::int32_t kFolderEnabled = 4;
 constexpr std::int32_t kFolderAllowBaseCreation = 8;
 constexpr std::int32_t kFolderSkipOnError = 16;
+
+// The type (bits 0-1) of a folder's flags. The unused value 3 counts as a
+// mirror-to folder, as the main window shows it.
+inline std::int32_t FolderTypeOf(std::int32_t flags) {
+  const std::int32_t type = flags & kFolderTypeMask;
+  return type == kFolderTypeMask ? kFolderMirrorTo : type;
+}
 
 // The most folders PathAdd lets a set have.
 constexpr int kMaxFolders = 8;
@@ -92,11 +101,34 @@ class Synchronizer {
   const ConflictDescriptor& ConflictTypes(int i) const;
   void SetConflictTypes(int i, const ConflictDescriptor& type);
 
-  // Working folders of the current run and its folder tree.
+  // Working folders of the current run, its files (in the order their
+  // names were first met) and its folder tree.
   int WPathCount() const { return static_cast<int>(work_folders_.size()); }
   const std::string& WPath(int i) const;
   std::int32_t WPathFlags(int i) const;
+  long WFileCount() const { return static_cast<long>(files_.size()); }
+  SyncFile& WFile(long i) const;
   StringTree& WRootTree() { return *root_tree_; }
+
+  // The moment the last BuildActionList began (local day count).
+  double ScanStarted() const { return scan_started_; }
+
+  // Builds the run's working data: checks and prepares the folders, reads
+  // them (sources, then merge-to, then mirror-to folders) and gives every
+  // file its default action. False when a folder check refused (the person
+  // has been told) or the run was cancelled through StopFlag.
+  bool BuildActionList();
+
+  // Empties the working files, folders and tree.
+  void FreeSyncData();
+
+  // Lets window events run and shows SyncMsg, at most every 50 ms.
+  void ManageUI();
+
+  // Shows a message for this set: in quiet mode it goes to the log instead
+  // and the answer is kIdNo. A style without buttons or icon of its own gets
+  // the exclamation icon.
+  int ShowErrToUser(const std::string& message, int style);
 
   // LastSyncDate when SmartSync is on, else 0 (never).
   double EfLastSyncDate() const { return SmartSync ? LastSyncDate : 0; }
@@ -123,6 +155,26 @@ class Synchronizer {
     std::int32_t flags = kFolderEnabled;
   };
 
+  // The log to write to: the program-wide one, or a closed one that writes
+  // nowhere when the set has none.
+  LogFile& TheLog();
+
+  bool PrepareFolders();
+  bool CheckFolderCounts();
+  void ReadFolderOfPath(int i);
+  void ReadFolder(int i, const std::string& folder, const std::string& rel,
+                  StringTree& tree, bool merge_only);
+  // Sorts the rows [first, last) of the entry array by name and marks the
+  // rows to use: those that pass the filters and are not a second name
+  // equal ignoring case (logged and left out).
+  std::vector<std::size_t> UsableRows(std::size_t first, std::size_t last,
+                                      const std::string& full_path);
+  void AddFileCopy(int i, const std::string& rel, StringTree& tree, long node,
+                   const FolderEntry& row);
+  bool PassesFilters(const std::string& name, bool is_folder) const;
+  long AddSyncFile(const std::string& rel);
+  bool ComputeDefaultActions();
+
   static Folder& At(std::vector<Folder>& list, int i);
   static const Folder& At(const std::vector<Folder>& list, int i);
   void ReadFolders(const INIFileSection& section);
@@ -132,8 +184,15 @@ class Synchronizer {
   std::vector<Folder> folders_;
   std::vector<ConflictDescriptor> conflict_types_;
   std::vector<Folder> work_folders_;
+  std::vector<std::shared_ptr<SyncFile>> files_;
   std::shared_ptr<StringTree> root_tree_;
   LogFile* log_ = nullptr;
+  double scan_started_ = 0;
+  // A folder that could not be read ends the scan: its files would
+  // otherwise look deleted.
+  bool scan_failed_ = false;
+  std::uint64_t last_status_tick_ = 0;
+  bool status_shown_ = false;
 };
 
 }  // namespace pairwell

@@ -139,6 +139,18 @@ bool GetFileInfo(const std::string& path, FolderEntry* entry) {
   return true;
 }
 
+bool GetItemInfo(const std::string& path, FolderEntry* entry) {
+  StatInfo info;
+  if (StatAt(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, &info) != 0 ||
+      (!S_ISREG(info.mode) && !S_ISDIR(info.mode))) {
+    return false;
+  }
+  const std::string::size_type slash = path.find_last_of('/');
+  FillEntry(slash == std::string::npos ? path : path.substr(slash + 1), info,
+            entry);
+  return true;
+}
+
 int ListFolder(const std::string& folder, std::vector<LeftOutEntry>* left_out) {
   DIR* dir = opendir(folder.c_str());
   if (dir == nullptr) return errno;

@@ -56,6 +56,11 @@ bool MakeDirectory(const std::string& path);
 // ordinary file or a missing path is not found (false).
 bool GetFileInfo(const std::string& path, FolderEntry* entry);
 
+// Looks the path itself up, without following a final symbolic link: true
+// and the entry filled (named by the path's last component) for a file or a
+// folder; false for anything else or when it is missing.
+bool GetItemInfo(const std::string& path, FolderEntry* entry);
+
 // Appends one row per file and folder of the folder ("." and ".." left out)
 // to FolderEntries(), with one pass of the directory and one stat per entry
 // relative to it. Symbolic links and special files are not followed or

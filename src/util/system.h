@@ -2,6 +2,7 @@
 #ifndef PAIRWELL_UTIL_SYSTEM_H_
 #define PAIRWELL_UTIL_SYSTEM_H_
 
+#include <cstdint>
 #include <string>
 
 namespace pairwell {
@@ -16,6 +17,9 @@ std::string ExecutableFolder();
 
 // The value of an environment variable; empty when it is not set.
 std::string EnvironmentValue(const char* name);
+
+// Milliseconds from a fixed point in the past, never going back.
+std::uint64_t TickCount();
 
 }  // namespace pairwell
 

@@ -1,0 +1,129 @@
+#include "engine/action_texts.h"
+
+#include <cstdio>
+
+#include "engine/sync_file.h"
+#include "engine/synchronizer.h"
+#include "util/date_time.h"
+#include "util/file_system.h"
+
+namespace pairwell {
+
+bool IsConflict(const Synchronizer& set, int conflict_index) {
+  if (conflict_index < 0) return true;
+  return conflict_index > 0 && set.ConflictTypes(conflict_index).Configurable;
+}
+
+bool NeedsConfirmation(const Synchronizer& set, int conflict_index) {
+  if (conflict_index < 0) return true;
+  return IsConflict(set, conflict_index) &&
+         set.ConflictTypes(conflict_index).ListChecked;
+}
+
+ConflictCounts CountConflicts(const Synchronizer& set) {
+  ConflictCounts counts;
+  for (long i = 1; i <= set.WFileCount(); ++i) {
+    const int c = set.WFile(i).ComputeConflictIndex();
+    if (NeedsConfirmation(set, c)) {
+      ++counts.need_confirmation;
+    } else if (IsConflict(set, c)) {
+      ++counts.auto_handled;
+    }
+  }
+  return counts;
+}
+
+std::string StatusText(const SyncFile& file) {
+  const Synchronizer& set = file.Owner();
+  std::string status;
+  for (int j = 1; j <= set.WPathCount(); ++j) {
+    const double date = file.GetEffectiveDate(j);
+    if (date > set.EfLastSyncDate()) {
+      status += 'N';
+    } else {
+      status += date == 0 ? '_' : 'O';
+    }
+  }
+  const int c = file.ComputeConflictIndex();
+  if (NeedsConfirmation(set, c)) {
+    status += "!!";
+  } else if (IsConflict(set, c)) {
+    status += "!";
+  }
+  return status;
+}
+
+std::string ActionText(const SyncFile& file) {
+  const bool no_effect = (file.ActionFlags & kFlagNoEffect) != 0;
+  switch (file.Action) {
+    case kDoNothing:
+      return "Do Nothing";
+    case kDeleteAll:
+      return no_effect ? "Delete all (no effect)" : "Delete all";
+    case kUseNewest: {
+      std::string text = "Copy #" + std::to_string(file.SourceIndex);
+      if (no_effect) {
+        text += " (no effect)";
+      } else if (file.SourceIndex == file.GetNewestFileIndex(true)) {
+        text += " (newest)";
+      }
+      return text;
+    }
+    default:
+      return "<Undecided>";
+  }
+}
+
+std::string StatsText(const Synchronizer& set, const ConflictCounts& counts) {
+  long queued = 0;
+  long undecided = 0;
+  for (long i = 1; i <= set.WFileCount(); ++i) {
+    const std::int32_t action = set.WFile(i).Action;
+    if (action == kUndecided) {
+      ++undecided;
+    } else if (action != kDoNothing) {
+      ++queued;
+    }
+  }
+  const long need = counts.need_confirmation;
+  const long automatic = counts.auto_handled;
+  std::string text;
+  if (need != 0 && automatic != 0) {
+    text += std::to_string(need + automatic) + " conflicts, ";
+  } else if (need != 0) {
+    text += std::to_string(need) + " conflicts (requiring confirmation), ";
+  } else if (automatic >= 1) {
+    text += std::to_string(automatic) + " conflicts (automatically handled), ";
+  }
+  if (queued > 0) text += std::to_string(queued) + " actions queued, ";
+  if (undecided > 0) text += std::to_string(undecided) + " undecided, ";
+  text += std::to_string(set.WFileCount()) + " files total";
+  if (set.EfLastSyncDate() > 0) {
+    text += " (Last sync: " +
+            FormatDate(set.EfLastSyncDate(), "mmm d, yyyy hh:nnAMPM") + ")";
+  }
+  return text;
+}
+
+std::string GetFileSizeString(std::int32_t size) {
+  if (size < 1024) return std::to_string(size) + " bytes";
+  char text[32];
+  if (size < 1048576) {
+    std::snprintf(text, sizeof text, "%.2f KB", size / 1024.0);
+  } else {
+    std::snprintf(text, sizeof text, "%.2f MB", size / 1048576.0);
+  }
+  return text;
+}
+
+std::string GetAttribString(std::uint16_t attributes) {
+  std::string text;
+  if (attributes & kAttrDirectory) text += 'D';
+  if (attributes & kAttrHidden) text += 'H';
+  if (attributes & kAttrSystem) text += 'S';
+  if (attributes & kAttrReadOnly) text += 'R';
+  if (attributes & kAttrArchive) text += 'A';
+  return text;
+}
+
+}  // namespace pairwell

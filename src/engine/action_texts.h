@@ -1,0 +1,52 @@
+// The texts and counts by which a run's files are shown to the person: the
+// status column, the action column, the statistics line and the details of
+// each copy. The confirm window and the command line both use them.
+#ifndef PAIRWELL_ENGINE_ACTION_TEXTS_H_
+#define PAIRWELL_ENGINE_ACTION_TEXTS_H_
+
+#include <cstdint>
+#include <string>
+
+namespace pairwell {
+
+class Synchronizer;
+class SyncFile;
+
+// Whether a file's conflict index (SyncFile::ComputeConflictIndex) stands
+// for a conflict, and one that needs the person's confirmation: an unknown
+// situation (-1) always needs it; a known type is a conflict when it is
+// configurable, and needs confirmation when it is also checked.
+bool IsConflict(const Synchronizer& set, int conflict_index);
+bool NeedsConfirmation(const Synchronizer& set, int conflict_index);
+
+struct ConflictCounts {
+  long need_confirmation = 0;
+  long auto_handled = 0;
+};
+
+// Counts the run's files whose conflict needs confirmation and those whose
+// conflict is handled automatically.
+ConflictCounts CountConflicts(const Synchronizer& set);
+
+// One letter per working folder ("N" newer than the last sync, "O" older,
+// "_" absent) followed by "!!" for a conflict that needs confirmation or "!"
+// for one handled automatically: "NO_!!".
+std::string StatusText(const SyncFile& file);
+
+// "Do Nothing", "Delete all", "Copy #2 (newest)", "<Undecided>", with
+// " (no effect)" where the no-effect mark is set.
+std::string ActionText(const SyncFile& file);
+
+// "2 conflicts (requiring confirmation), 5 actions queued, 1 undecided, 40
+// files total (Last sync: Nov 2, 2026 03:04PM)".
+std::string StatsText(const Synchronizer& set, const ConflictCounts& counts);
+
+// "1023 bytes", "1.50 KB", "1.00 MB".
+std::string GetFileSizeString(std::int32_t size);
+
+// One letter per attribute, in the order D H S R A.
+std::string GetAttribString(std::uint16_t attributes);
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_ENGINE_ACTION_TEXTS_H_

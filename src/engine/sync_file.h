@@ -1,0 +1,140 @@
+// One relative file name of a sync set across its working folders: the
+// copy found in each folder, the situation they are in, and the action the
+// run will take.
+#ifndef PAIRWELL_ENGINE_SYNC_FILE_H_
+#define PAIRWELL_ENGINE_SYNC_FILE_H_
+
+#include <cstdint>
+#include <string>
+
+#include "engine/string_tree.h"
+
+namespace pairwell {
+
+class Synchronizer;
+
+// Action codes; the same numbers as the conflict types' resolutions.
+constexpr std::int32_t kUndecided = 0;
+constexpr std::int32_t kDoNothing = 1;
+constexpr std::int32_t kDeleteAll = 2;
+constexpr std::int32_t kUseNewest = 3;
+
+// Action flags.
+constexpr std::uint16_t kFlagCreate = 1;             // create missing copies
+constexpr std::uint16_t kFlagOverwriteReadOnly = 2;  // overwrite read-only
+constexpr std::uint16_t kFlagForceCopy = 4;          // copy over same copies
+constexpr std::uint16_t kFlagProtectMerged = 8;      // keep newer merge-to
+constexpr std::uint16_t kFlagDeleteReadOnly = 16;    // delete read-only
+constexpr std::uint16_t kFlagNoEffect = 128;         // kept by CalcNoEffect
+
+// Situation bits.
+constexpr int kSituSyncDateExists = 1;
+constexpr int kSituMissingFromSource = 16;
+constexpr int kSituAllSame = 256;
+
+// Two dates closer than this (in days, about two seconds) are equal.
+constexpr double kDateTolerance = 2.31e-5;
+
+// True when a and b are equal within kDateTolerance, strict bounds.
+bool DatesEqual(double a, double b);
+
+// One folder's copy of the file.
+struct CopyRecord {
+  double modify_date = 0;  // 0: the copy does not exist
+  double create_date = 0;
+  std::int32_t size = 0;
+  std::uint16_t attributes = 0;
+};
+
+// Copies are indexed by working folder, 1..Synchronizer::WPathCount() (at
+// most 8); another index throws std::out_of_range.
+class SyncFile : public TreeObject {
+ public:
+  static constexpr int kMaxCopies = 8;
+
+  // The owner must outlive the file.
+  SyncFile(Synchronizer* owner, std::string relative_name);
+  SyncFile(const SyncFile&) = delete;
+  SyncFile& operator=(const SyncFile&) = delete;
+
+  std::int32_t Action = kUndecided;
+  // The folder whose copy a use-newest action copies to the others.
+  std::int32_t SourceIndex = 1;
+  std::uint16_t ActionFlags = 0;
+
+  const Synchronizer& Owner() const { return *owner_; }
+  const std::string& RelativeName() const { return relative_name_; }
+  const CopyRecord& Copy(int i) const;
+  void SetCopy(int i, const CopyRecord& record);
+  bool CopyExists(int i) const { return Copy(i).modify_date != 0; }
+
+  // The working folder's path joined with the relative name.
+  std::string FullPath(int i) const;
+
+  // Reads every copy's record again from the disk; a copy that is gone gets
+  // modify date 0 (its other fields stay).
+  void RefreshFileInfo();
+
+  // The date copy i is judged by: its create date when the set uses create
+  // dates, the create date is the later one and the archive bit is set;
+  // else its modify date.
+  double GetEffectiveDate(int i) const;
+
+  // Equal effective dates (within the tolerance) and equal sizes.
+  bool FilesSeemTheSame(int i, int j) const;
+
+  // The situation code: 256 when every copy seems the same as the one
+  // before it (unless force), else the states of the copies changed since
+  // the last sync (bits 1-3) and of the unchanged ones (bits 5-7, 4 when
+  // never synchronized), bit 4 when a source folder lacks the file, bit 0
+  // when a last-sync date exists.
+  int ComputeSituation(bool force) const;
+
+  // 0 when all copies seem the same; else the 1-based index of the set's
+  // first conflict type that accepts the situation; -1 when none does.
+  int ComputeConflictIndex() const;
+
+  // The copy with the latest effective date (ties keep the earlier folder),
+  // among source folders first when source_only and any has a copy; 0 when
+  // no copy exists.
+  int GetNewestFileIndex(bool source_only) const;
+
+  // Sets the action, source index and flags from the file's conflict type.
+  void ComputeDefAction();
+
+  // Sets kFlagNoEffect when the action would change nothing, else clears
+  // it; no other bit changes.
+  void CalcNoEffect();
+
+  // Whether folder j must receive copy s: not when copy j is read-only or
+  // system without kFlagOverwriteReadOnly, not when copy j is missing
+  // without kFlagCreate, and not in a merge-to folder under
+  // kFlagProtectMerged whose copy is newer than the source.
+  bool CopyNeeded(int j, int s) const;
+
+  // Whether copy j may be deleted: it exists, and is neither read-only nor
+  // system unless kFlagDeleteReadOnly is set.
+  bool Deletable(int j) const;
+
+  // The number of copy and delete operations the action needs. With
+  // count_only false the operations are also carried out.
+  long PerformAction(bool count_only);
+
+ private:
+  // The state (0..4) of the source copies whose effective date is (later)
+  // or is not (!later) after the set's effective last-sync date.
+  int ComputeState(bool later) const;
+  int FolderType(int i) const;
+  // Copies copy s over folder d, and deletes the copy in folder j, through
+  // the set's log, simulation mode and error policy.
+  void CopyOver(int s, int d);
+  void DeleteIn(int j);
+
+  Synchronizer* owner_;
+  std::string relative_name_;
+  CopyRecord copies_[kMaxCopies];
+};
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_ENGINE_SYNC_FILE_H_

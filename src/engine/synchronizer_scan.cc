@@ -1,0 +1,296 @@
+// The scan side of a sync set: folder checks, folder reading and default
+// actions.
+#include <algorithm>
+#include <stdexcept>
+
+#include "engine/log_file.h"
+#include "engine/sync_file.h"
+#include "engine/synchronizer.h"
+#include "util/date_time.h"
+#include "util/file_system.h"
+#include "util/path.h"
+#include "util/system.h"
+#include "util/text.h"
+#include "util/user_interface.h"
+#include "util/wildcard.h"
+
+namespace pairwell {
+
+namespace {
+
+constexpr char kFewerThanTwo[] =
+    "The synchronization cannot proceed because there are fewer than two "
+    "directories enabled and available.";
+
+}  // namespace
+
+SyncFile& Synchronizer::WFile(long i) const {
+  if (i < 1 || i > WFileCount()) {
+    throw std::out_of_range("file index " + std::to_string(i) +
+                            " is outside 1.." + std::to_string(WFileCount()));
+  }
+  return *files_[static_cast<std::size_t>(i - 1)];
+}
+
+LogFile& Synchronizer::TheLog() {
+  static LogFile nowhere;
+  return log_ != nullptr ? *log_ : nowhere;
+}
+
+void Synchronizer::ManageUI() {
+  UI().DoEvents();
+  const std::uint64_t now = TickCount();
+  if (!status_shown_ || now - last_status_tick_ >= 50) {
+    UI().ShowStatus(SyncMsg);
+    last_status_tick_ = now;
+    status_shown_ = true;
+  }
+}
+
+int Synchronizer::ShowErrToUser(const std::string& message, int style) {
+  if (QuietMode) {
+    TheLog().PrintErrL(
+        "The following error occurred, but could not be shown because Quiet "
+        "Mode is enabled.");
+    TheLog().PrintErrL(message);
+    return kIdNo;
+  }
+  if ((style & 122) == 0) style |= kMbExclamation;
+  return MsgBox(message, style);
+}
+
+void Synchronizer::FreeSyncData() {
+  files_.clear();
+  work_folders_.clear();
+  root_tree_->Clear();
+}
+
+bool Synchronizer::BuildActionList() {
+  StopFlag = false;
+  scan_failed_ = false;
+  FutureDateCount = 0;
+  scan_started_ = Now();
+  TheLog().PrintL();
+  TheLog().PrintL("Synchronize started: ", Name, " - ",
+                  FormatGeneralDate(scan_started_));
+  FreeSyncData();
+  if (!PrepareFolders() || StopFlag) {
+    FreeSyncData();
+    return false;
+  }
+  // Sources first, so that merge-to folders find the names they may join.
+  for (const std::int32_t type :
+       {kFolderSource, kFolderMergeTo, kFolderMirrorTo}) {
+    for (int i = 1; i <= WPathCount(); ++i) {
+      if (FolderTypeOf(WPathFlags(i)) != type) continue;
+      ReadFolderOfPath(i);
+      if (StopFlag || scan_failed_) return false;
+    }
+  }
+  return ComputeDefaultActions();
+}
+
+bool Synchronizer::ComputeDefaultActions() {
+  SyncMsg = "Computing default actions";
+  for (long i = 1; i <= WFileCount(); ++i) {
+    if ((i & 127) == 1) {
+      ManageUI();
+      if (StopFlag) return false;
+    }
+    WFile(i).ComputeDefAction();
+  }
+  return !StopFlag;
+}
+
+bool Synchronizer::CheckFolderCounts() {
+  int available = 0;
+  int sources = 0;
+  for (int i = 1; i <= PathCount(); ++i) {
+    if ((PathFlags(i) & kFolderEnabled) == 0) continue;
+    ManageUI();
+    if (StopFlag) return false;
+    if (FolderExists(Path(i))) {
+      ++available;
+      if (FolderTypeOf(PathFlags(i)) == kFolderSource) ++sources;
+    } else if ((PathFlags(i) & kFolderAllowBaseCreation) != 0) {
+      ++available;
+    }
+  }
+  if (sources == 0) {
+    ShowErrToUser(
+        "The synchronization cannot proceed because there are no source "
+        "folders available.  Make sure that at least one folder exists and "
+        "is set as a source.",
+        kMbInformation);
+    return false;
+  }
+  if (available < 2) {
+    ShowErrToUser(kFewerThanTwo, kMbInformation);
+    return false;
+  }
+  return true;
+}
+
+bool Synchronizer::PrepareFolders() {
+  if (PathCount() < 2) {
+    ShowErrToUser(
+        "You need to select at least two directories to synchronize.  Add "
+        "more directories and try again.",
+        kMbInformation);
+    return false;
+  }
+  SyncMsg = "Attempting to access folders to be synchronized";
+  if (!CheckFolderCounts()) return false;
+  for (int i = 1; i <= PathCount(); ++i) {
+    std::int32_t flags = PathFlags(i);
+    if ((flags & kFolderEnabled) == 0) continue;
+    ManageUI();
+    if (StopFlag) return false;
+    bool exists = FolderExists(Path(i));
+    bool created = false;
+    if (!exists && (flags & kFolderAllowBaseCreation) != 0) {
+      exists = created = MakeDirectory(Path(i));
+      if (created) TheLog().PrintL("Created folder ", Path(i));
+    }
+    if (!exists) {
+      if ((flags & kFolderSkipOnError) != 0) continue;
+      ShowErrToUser("The synchronization cannot proceed beacuse the folder '" +
+                        Path(i) + "' could not be accessed.",
+                    kMbOkOnly);
+      return false;
+    }
+    // A source made just now has nothing to offer: this run it only
+    // receives, like a merge-to folder.
+    if (created && FolderTypeOf(flags) == kFolderSource) {
+      flags = (flags & ~kFolderTypeMask) | kFolderMergeTo;
+    }
+    work_folders_.push_back(Folder{Path(i), flags});
+  }
+  if (WPathCount() < 2) {
+    ShowErrToUser(kFewerThanTwo, kMbExclamation);
+    return false;
+  }
+  return true;
+}
+
+void Synchronizer::ReadFolderOfPath(int i) {
+  FolderEntries().clear();
+  ReadFolder(i, WPath(i), "", *root_tree_,
+             FolderTypeOf(WPathFlags(i)) == kFolderMergeTo);
+}
+
+std::vector<std::size_t> Synchronizer::UsableRows(
+    std::size_t first, std::size_t last, const std::string& full_path) {
+  std::vector<FolderEntry>& rows = FolderEntries();
+  // In the tree's order, so new names join it in one merge; names equal
+  // ignoring case come next to each other, the first by bytes first.
+  std::sort(rows.begin() + static_cast<std::ptrdiff_t>(first),
+            rows.begin() + static_cast<std::ptrdiff_t>(last),
+            [](const FolderEntry& a, const FolderEntry& b) {
+              const int order = CompareNoCase(a.name, b.name);
+              return order != 0 ? order < 0 : a.name < b.name;
+            });
+  std::vector<std::size_t> usable;
+  const std::string* kept = nullptr;
+  for (std::size_t r = first; r < last; ++r) {
+    const FolderEntry& row = rows[r];
+    if (kept != nullptr && EqualsNoCase(*kept, row.name)) {
+      TheLog().PrintL("Left out: ", CombinePath(full_path, row.name),
+                      " (its name differs only in case from ",
+                      CombinePath(full_path, *kept), ")");
+      continue;
+    }
+    kept = &row.name;
+    if (PassesFilters(row.name, (row.attributes & kAttrDirectory) != 0)) {
+      usable.push_back(r);
+    }
+  }
+  return usable;
+}
+
+void Synchronizer::ReadFolder(int i, const std::string& folder,
+                              const std::string& rel, StringTree& tree,
+                              bool merge_only) {
+  const std::string full_path = CombinePath(folder, rel);
+  SyncMsg = "Reading folder " + full_path;
+  ManageUI();
+  if (StopFlag) return;
+
+  const std::size_t first = FolderEntries().size();
+  std::vector<LeftOutEntry> left_out;
+  const int error_number = ListFolder(full_path, &left_out);
+  for (const LeftOutEntry& entry : left_out) {
+    TheLog().PrintL("Left out: ", entry.path, " (", entry.reason, ")");
+  }
+  if (error_number != 0) {
+    scan_failed_ = true;
+    ShowErrToUser("The synchronization cannot proceed because the folder '" +
+                      full_path +
+                      "' could not be read: " + ErrorText(error_number),
+                  kMbOkOnly);
+    return;
+  }
+  const std::vector<std::size_t> usable =
+      UsableRows(first, FolderEntries().size(), full_path);
+
+  if (!merge_only) {
+    std::vector<std::string> new_names;
+    for (std::size_t r : usable) {
+      const std::string& name = FolderEntries()[r].name;
+      if (tree.Find(name) < 0) new_names.push_back(name);
+    }
+    tree.AddSorted(new_names);
+  }
+  for (std::size_t r : usable) {
+    // Recursion appends to the entry array, so the row is copied first.
+    const FolderEntry row = FolderEntries()[r];
+    const long node = tree.Find(row.name);
+    if (node < 0) continue;  // a merge-to folder adds no names of its own
+    if ((row.attributes & kAttrDirectory) == 0) {
+      AddFileCopy(i, rel, tree, node, row);
+      continue;
+    }
+    std::shared_ptr<StringTree> sub = tree.SubTree(node);
+    if (!sub && !merge_only) {
+      sub = std::make_shared<StringTree>();
+      tree.SetSubTree(node, sub);
+    }
+    if (sub) {
+      ReadFolder(i, folder, rel + row.name + kPathSeparator, *sub, merge_only);
+      if (StopFlag || scan_failed_) return;
+    }
+  }
+}
+
+void Synchronizer::AddFileCopy(int i, const std::string& rel, StringTree& tree,
+                               long node, const FolderEntry& row) {
+  // A node made for a folder elsewhere has no file yet.
+  if (tree.ListInt(node) < 0) {
+    tree.SetListInt(node,
+                    static_cast<std::int32_t>(AddSyncFile(rel + row.name)));
+  }
+  SyncFile& file = WFile(tree.ListInt(node));
+  file.SetCopy(i, CopyRecord{row.modify_date, row.create_date, row.size,
+                             row.attributes});
+  if (WarnFutureDate && file.GetEffectiveDate(i) > scan_started_) {
+    ++FutureDateCount;
+  }
+}
+
+bool Synchronizer::PassesFilters(const std::string& name,
+                                 bool is_folder) const {
+  // An empty exclude list matches everything, so it is tested first.
+  if (is_folder) {
+    return Recursive && MatchesSpec(name, FolderSpec) &&
+           (FolderExcludeSpec.empty() || !MatchesSpec(name, FolderExcludeSpec));
+  }
+  return MatchesSpec(name, FileSpec) &&
+         (ExcludeSpec.empty() || !MatchesSpec(name, ExcludeSpec));
+}
+
+long Synchronizer::AddSyncFile(const std::string& rel) {
+  files_.push_back(std::make_shared<SyncFile>(this, rel));
+  return WFileCount();
+}
+
+}  // namespace pairwell
