@@ -3,7 +3,7 @@ BUILD_DIR ?= build
 TEST_DIR ?= build-sanitize
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps build run test clean
+.PHONY: all deps build run test bench-scan clean
 
 all: build
 
@@ -22,6 +22,10 @@ test: deps
 	cmake -S . -B $(TEST_DIR) -DCMAKE_BUILD_TYPE=Debug -DPAIRWELL_SANITIZE=ON
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
+
+# Scan speed against rsync and a plain find walk (not part of the tests).
+bench-scan: build
+	bench/scan/run.sh $(BUILD_DIR)
 
 clean:
 	rm -rf $(BUILD_DIR) $(TEST_DIR)

@@ -1,14 +1,33 @@
 #!/usr/bin/env bash
-# The main job of `make run`: shows what the build produced.
+# The main job of `make run`: a small demo sync set in a scratch folder
+# under the build directory, planned by pairwell-cli.
 set -euo pipefail
-build_dir=${1:-build}
+build_dir=$(cd "${1:-build}" && pwd)
+cli="${build_dir}/pairwell-cli"
+demo="${build_dir}/demo"
 
-echo "Pairwell is built in ${build_dir}:"
-for f in "${build_dir}/src/libpairwell_core.a" "${build_dir}/Pairwell.ini"; do
-  [ -e "$f" ] && echo "  $f"
-done
+rm -rf "${demo}"
+mkdir -p "${demo}/Laptop/notes" "${demo}/Backup/notes"
+printf 'Meeting notes\n' > "${demo}/Laptop/notes/monday.txt"
+printf 'Shopping list\n' > "${demo}/Laptop/list.txt"
+printf 'Old photo index\n' > "${demo}/Backup/photos.txt"
+# Both copies changed since they were last the same: a conflict.
+printf 'Draft, laptop edit\n' > "${demo}/Laptop/draft.txt"
+printf 'Draft, backup edit\n' > "${demo}/Backup/draft.txt"
+touch -d '-2 hours' "${demo}/Backup/draft.txt"
+
+# The shipped catalogue plus the demo set.
+tr -d "\r" < "$(dirname "$0")/../data/Pairwell.ini" > "${demo}/Pairwell.ini"
+cat >> "${demo}/Pairwell.ini" <<INI
+[Sec: Demo]
+Dir1=${demo}/Laptop
+Dir1Flags=4
+Dir2=${demo}/Backup
+Dir2Flags=4
+INI
+
+echo "== pairwell-cli list"
+"${cli}" --ini "${demo}/Pairwell.ini" list
 echo
-echo "The shipped configuration (${build_dir}/Pairwell.ini):"
-tr -d '\r' < "${build_dir}/Pairwell.ini" | sed 's/^/  /'
-echo
-echo "The command-line front end comes next; run 'make test' for the tests."
+echo "== pairwell-cli plan Demo"
+"${cli}" --ini "${demo}/Pairwell.ini" plan Demo 2>/dev/null

@@ -105,15 +105,24 @@ std::string StatsText(const Synchronizer& set, const ConflictCounts& counts) {
   return text;
 }
 
+namespace {
+
+// The value with two decimals, halves rounded up ("1.13" for 1.125), and a
+// "." whatever the locale says.
+std::string TwoDecimals(double value) {
+  const long long hundredths = static_cast<long long>(value * 100 + 0.5);
+  char text[32];
+  std::snprintf(text, sizeof text, "%lld.%02lld", hundredths / 100,
+                hundredths % 100);
+  return text;
+}
+
+}  // namespace
+
 std::string GetFileSizeString(std::int32_t size) {
   if (size < 1024) return std::to_string(size) + " bytes";
-  char text[32];
-  if (size < 1048576) {
-    std::snprintf(text, sizeof text, "%.2f KB", size / 1024.0);
-  } else {
-    std::snprintf(text, sizeof text, "%.2f MB", size / 1048576.0);
-  }
-  return text;
+  if (size < 1048576) return TwoDecimals(size / 1024.0) + " KB";
+  return TwoDecimals(size / 1048576.0) + " MB";
 }
 
 std::string GetAttribString(std::uint16_t attributes) {

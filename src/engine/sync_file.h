@@ -46,8 +46,9 @@ struct CopyRecord {
   std::uint16_t attributes = 0;
 };
 
-// Copies are indexed by working folder, 1..Synchronizer::WPathCount() (at
-// most 8); another index throws std::out_of_range.
+// Copies are indexed by working folder, 1..Synchronizer::WPathCount(); the
+// records exist for 1..kMaxCopies (8) and another index throws
+// std::out_of_range.
 class SyncFile : public TreeObject {
  public:
   static constexpr int kMaxCopies = 8;

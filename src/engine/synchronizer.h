@@ -71,6 +71,9 @@ class Synchronizer {
   bool StopFlag = false;
   long FutureDateCount = 0;
   std::string SyncMsg;
+  // Not stored. When set, a scan creates no folder: a missing folder that
+  // may be created takes part as an empty one, so a plan changes nothing.
+  bool DryRun = false;
 
   // The program-wide log (not owned); null until NewSyncSet gives it.
   LogFile* Log() const { return log_; }
@@ -153,6 +156,8 @@ class Synchronizer {
   struct Folder {
     std::string path;
     std::int32_t flags = kFolderEnabled;
+    // A dry run's folder that a real run would create: read as empty.
+    bool missing = false;
   };
 
   // The log to write to: the program-wide one, or a closed one that writes

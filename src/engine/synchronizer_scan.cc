@@ -149,8 +149,11 @@ bool Synchronizer::PrepareFolders() {
     bool exists = FolderExists(Path(i));
     bool created = false;
     if (!exists && (flags & kFolderAllowBaseCreation) != 0) {
-      exists = created = MakeDirectory(Path(i));
-      if (created) TheLog().PrintL("Created folder ", Path(i));
+      exists = created = DryRun || MakeDirectory(Path(i));
+      if (created) {
+        TheLog().PrintL(DryRun ? "Would create folder " : "Created folder ",
+                        Path(i));
+      }
     }
     if (!exists) {
       if ((flags & kFolderSkipOnError) != 0) continue;
@@ -164,7 +167,7 @@ bool Synchronizer::PrepareFolders() {
     if (created && FolderTypeOf(flags) == kFolderSource) {
       flags = (flags & ~kFolderTypeMask) | kFolderMergeTo;
     }
-    work_folders_.push_back(Folder{Path(i), flags});
+    work_folders_.push_back(Folder{Path(i), flags, created && DryRun});
   }
   if (WPathCount() < 2) {
     ShowErrToUser(kFewerThanTwo, kMbExclamation);
@@ -175,6 +178,7 @@ bool Synchronizer::PrepareFolders() {
 
 void Synchronizer::ReadFolderOfPath(int i) {
   FolderEntries().clear();
+  if (At(work_folders_, i).missing) return;  // empty until really created
   ReadFolder(i, WPath(i), "", *root_tree_,
              FolderTypeOf(WPathFlags(i)) == kFolderMergeTo);
 }

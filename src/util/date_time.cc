@@ -13,7 +13,7 @@ namespace {
 constexpr double kMillisecondsPerDay = 86400000.0;
 
 // Days from 1970-01-01 to the civil date (proleptic Gregorian).
-long long DaysFromCivil(long long y, unsigned m, unsigned d) {
+constexpr long long DaysFromCivil(long long y, unsigned m, unsigned d) {
   y -= m <= 2;
   const long long era = (y >= 0 ? y : y - 399) / 400;
   const unsigned yoe = static_cast<unsigned>(y - era * 400);
@@ -34,7 +34,9 @@ void CivilFromDays(long long z, DateParts* parts) {
   parts->year = static_cast<int>(yoe + era * 400 + (parts->month <= 2));
 }
 
-const long long kDay0 = DaysFromCivil(1899, 12, 30);
+// A compile-time constant, so that dates made during static initialisation
+// elsewhere are right too.
+constexpr long long kDay0 = DaysFromCivil(1899, 12, 30);
 
 int DaysInMonth(int year, int month) {
   static const int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};

@@ -180,11 +180,108 @@ int ListFolder(const std::string& folder, std::vector<LeftOutEntry>* left_out) {
       leave_out(d->d_name, SpecialKind(info.mode));
       continue;
     }
+    if (name.compare(0, sizeof kPartialCopyPrefix - 1, kPartialCopyPrefix) ==
+        0) {
+      leave_out(d->d_name, "unfinished copy of an interrupted run");
+      continue;
+    }
     entries.emplace_back();
     FillEntry(name, info, &entries.back());
   }
   closedir(dir);
   return result;
+}
+
+namespace {
+
+// Copies everything from in to out; 0 or the error number.
+int CopyBytes(int in, int out, std::int64_t size) {
+  std::int64_t copied = 0;
+  while (copied < size) {
+    const ssize_t n = copy_file_range(in, nullptr, out, nullptr,
+                                      static_cast<size_t>(size - copied), 0);
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0 && (errno == EXDEV || errno == ENOSYS || errno == EINVAL ||
+                  errno == EOPNOTSUPP)) {
+      break;  // the plain loop below copies what is left
+    }
+    if (n < 0) return errno;
+    if (n == 0) return 0;  // the source got shorter meanwhile
+    copied += n;
+  }
+  char buffer[1 << 16];
+  for (;;) {
+    const ssize_t n = read(in, buffer, sizeof buffer);
+    if (n == 0) return 0;
+    if (n < 0) {
+      if (errno == EINTR) continue;
+      return errno;
+    }
+    for (ssize_t done = 0; done < n;) {
+      const ssize_t w =
+          write(out, buffer + done, static_cast<size_t>(n - done));
+      if (w < 0 && errno == EINTR) continue;
+      if (w < 0) return errno;
+      done += w;
+    }
+  }
+}
+
+std::string FolderOf(const std::string& path) {
+  const std::string::size_type slash = path.find_last_of('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? std::string("/") : path.substr(0, slash);
+}
+
+// Writes the open source into a new temporary file beside dest and renames
+// it over dest; 0 or the error number.
+int CopyOpenFile(int in, const struct stat& source_info,
+                 const std::string& dest) {
+  std::string temp = CombinePath(FolderOf(dest), kPartialCopyPrefix);
+  temp += "XXXXXX";
+  const int out = mkostemp(&temp[0], O_CLOEXEC);
+  if (out < 0) return errno;
+  int error_number = CopyBytes(in, out, source_info.st_size);
+  if (error_number == 0 && fchmod(out, source_info.st_mode & 07777) != 0) {
+    error_number = errno;
+  }
+  const struct timespec times[2] = {source_info.st_atim, source_info.st_mtim};
+  if (error_number == 0 && futimens(out, times) != 0) error_number = errno;
+  if (close(out) != 0 && error_number == 0) error_number = errno;
+  if (error_number == 0 && rename(temp.c_str(), dest.c_str()) != 0) {
+    error_number = errno;
+  }
+  if (error_number != 0) unlink(temp.c_str());
+  return error_number;
+}
+
+}  // namespace
+
+int CopyFileReplacing(const std::string& source, const std::string& dest) {
+  const int in = open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (in < 0) return errno;
+  struct stat source_info;
+  struct stat dest_info;
+  int error_number = 0;
+  if (fstat(in, &source_info) != 0) {
+    error_number = errno;
+  } else if (!S_ISREG(source_info.st_mode)) {
+    error_number = S_ISDIR(source_info.st_mode) ? EISDIR : EINVAL;
+  } else if (stat(dest.c_str(), &dest_info) == 0 &&
+             dest_info.st_dev == source_info.st_dev &&
+             dest_info.st_ino == source_info.st_ino) {
+    error_number = EINVAL;  // the same file: copying it would destroy it
+  } else {
+    error_number = CopyOpenFile(in, source_info, dest);
+  }
+  close(in);
+  return error_number;
+}
+
+int ClearReadOnly(const std::string& path) {
+  struct stat info;
+  if (stat(path.c_str(), &info) != 0) return errno;
+  return chmod(path.c_str(), (info.st_mode & 07777) | S_IWUSR) == 0 ? 0 : errno;
 }
 
 int DeleteFile(const std::string& path) {

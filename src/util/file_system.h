@@ -70,6 +70,22 @@ bool GetItemInfo(const std::string& path, FolderEntry* entry);
 int ListFolder(const std::string& folder,
                std::vector<LeftOutEntry>* left_out = nullptr);
 
+// The name prefix of the temporary file a copy is written to. A scan leaves
+// such files out: they are what an interrupted copy left behind.
+constexpr char kPartialCopyPrefix[] = ".pairwell-partial-";
+
+// Copies the file's bytes, permission bits and modification time over the
+// destination (created or replaced). The bytes go to a temporary file in the
+// destination's folder that is renamed over the destination only when
+// complete, so a failed or interrupted copy leaves the old destination
+// whole; on failure the temporary file is removed. Copying a file onto
+// itself fails with EINVAL. Returns 0, or the system error number.
+int CopyFileReplacing(const std::string& source, const std::string& dest);
+
+// Clears the read-only attribute (gives the owner write permission).
+// Returns 0, or the system error number.
+int ClearReadOnly(const std::string& path);
+
 // Deletes the file. Returns 0, or the system error number.
 int DeleteFile(const std::string& path);
 

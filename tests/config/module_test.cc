@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <ctime>
 #include <string>
@@ -297,6 +298,15 @@ TEST_F(ModuleTest, BadCatalogueTextIsReportedAndTheRestLoads) {
       (std::vector<std::string>{"An error was detected in the INI file."}));
   ASSERT_EQ(SyncSets().Item(1).ConflictTypeCount(), 1);
   EXPECT_EQ(SyncSets().Item(1).ConflictTypes(1).Name, "Good");
+}
+
+TEST_F(ModuleTest, MainTellsWhetherTheConfigurationWasComplete) {
+  dir_.WriteFile("Pairwell.ini", "[Conflict Types]\r\n");
+  EXPECT_TRUE(Main(""));
+  dir_.WriteFile("Pairwell.ini", "[Sec: A]\r\n");
+  EXPECT_FALSE(Main(""));
+  unlink(ini_path().c_str());
+  EXPECT_FALSE(Main(""));
 }
 
 TEST_F(ModuleTest, StartUpClearsTheLogFlags) {

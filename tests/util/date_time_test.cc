@@ -24,6 +24,13 @@ DateParts Parts(int y, int mo, int d, int h = 0, int mi = 0, int s = 0,
   return p;
 }
 
+// Made while the program starts, before any test runs.
+const double kMadeAtStart = DateFromParts(Parts(2024, 5, 14, 11));
+
+TEST(DateTimeTest, DatesMadeAtProgramStartAreRight) {
+  EXPECT_DOUBLE_EQ(kMadeAtStart, 45426 + 11.0 / 24);
+}
+
 TEST(DateTimeTest, DayCountsStartAt18991230) {
   EXPECT_DOUBLE_EQ(DateFromParts(Parts(1899, 12, 30)), 0);
   EXPECT_DOUBLE_EQ(DateFromParts(Parts(1899, 12, 31)), 1);

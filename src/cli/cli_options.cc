@@ -1,0 +1,84 @@
+#include "cli/cli_options.h"
+
+namespace pairwell {
+
+namespace {
+
+std::string ParseCommandArgs(const std::vector<std::string>& args,
+                             std::size_t i, CliOptions* options) {
+  for (; i < args.size(); ++i) {
+    const std::string& arg = args[i];
+    if (arg == "--json" && options->command == "plan") {
+      options->json = true;
+    } else if (arg.size() > 1 && arg[0] == '-') {
+      return "unknown option '" + arg + "' for " + options->command;
+    } else {
+      options->sets.push_back(arg);
+    }
+  }
+  if (options->command == "list" && !options->sets.empty()) {
+    return "list takes no set";
+  }
+  if (options->command == "plan" && options->sets.size() != 1) {
+    return "plan takes exactly one set";
+  }
+  return std::string();
+}
+
+}  // namespace
+
+std::string ParseCliOptions(const std::vector<std::string>& args,
+                            CliOptions* options) {
+  std::size_t i = 0;
+  for (; i < args.size(); ++i) {
+    const std::string& arg = args[i];
+    if (arg == "--help" || arg == "-h") {
+      options->command = "help";
+      return std::string();
+    }
+    if (arg == "--version") {
+      options->command = "version";
+      return std::string();
+    }
+    if (arg == "--ini") {
+      if (i + 1 >= args.size()) return "--ini needs a file";
+      options->ini_path = args[++i];
+    } else if (arg.compare(0, 6, "--ini=") == 0) {
+      options->ini_path = arg.substr(6);
+    } else if (!arg.empty() && arg[0] == '-') {
+      return "unknown option '" + arg + "'";
+    } else {
+      break;
+    }
+  }
+  if (i >= args.size()) return "no command given";
+  options->command = args[i];
+  if (options->command != "list" && options->command != "plan") {
+    return "unknown command '" + options->command + "'";
+  }
+  return ParseCommandArgs(args, i + 1, options);
+}
+
+std::string UsageText() {
+  return "Usage: pairwell-cli [--ini FILE] COMMAND [ARGUMENTS]\n"
+         "\n"
+         "Commands:\n"
+         "  list                 list the sync sets and their folders\n"
+         "  plan [--json] SET    scan SET's folders and show what a sync "
+         "would do;\n"
+         "                       changes nothing\n"
+         "\n"
+         "SET is a set's name (case is ignored) or its number in the list.\n"
+         "\n"
+         "Options:\n"
+         "  --ini FILE   the configuration file (default: $PAIRWELL_INI, "
+         "else\n"
+         "               Pairwell.ini beside the program)\n"
+         "  --help       show this help\n"
+         "  --version    show the version\n"
+         "\n"
+         "Exit codes: 0 done, 1 the scan refused or failed, 2 usage or\n"
+         "configuration error.\n";
+}
+
+}  // namespace pairwell

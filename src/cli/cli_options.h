@@ -1,0 +1,33 @@
+// The command line of pairwell-cli, parsed.
+#ifndef PAIRWELL_CLI_CLI_OPTIONS_H_
+#define PAIRWELL_CLI_CLI_OPTIONS_H_
+
+#include <string>
+#include <vector>
+
+namespace pairwell {
+
+// Exit codes.
+constexpr int kExitOk = 0;
+constexpr int kExitFailed = 1;
+constexpr int kExitUsage = 2;
+constexpr int kExitConfirm = 3;
+
+struct CliOptions {
+  std::string ini_path;  // empty: the usual place
+  std::string command;   // "list", "plan", "help", "version"
+  bool json = false;
+  std::vector<std::string> sets;
+};
+
+// Parses the arguments after the program name. Returns "" on success, else
+// what is wrong, for a usage message.
+std::string ParseCliOptions(const std::vector<std::string>& args,
+                            CliOptions* options);
+
+// The text of --help.
+std::string UsageText();
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_CLI_CLI_OPTIONS_H_

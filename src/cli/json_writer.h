@@ -1,0 +1,39 @@
+// A small writer of JSON text, enough for the command line's reports.
+#ifndef PAIRWELL_CLI_JSON_WRITER_H_
+#define PAIRWELL_CLI_JSON_WRITER_H_
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace pairwell {
+
+// Values are written in the order they are given; Key() precedes each value
+// inside an object. Nesting errors are the caller's (nothing is checked).
+class JsonWriter {
+ public:
+  JsonWriter& BeginObject();
+  JsonWriter& EndObject();
+  JsonWriter& BeginArray();
+  JsonWriter& EndArray();
+  JsonWriter& Key(const std::string& key);
+  JsonWriter& String(const std::string& value);
+  JsonWriter& Number(std::int64_t value);
+  JsonWriter& Bool(bool value);
+  JsonWriter& Null();
+
+  const std::string& text() const { return text_; }
+
+ private:
+  void BeforeValue();
+  void Quote(const std::string& value);
+
+  std::string text_;
+  // Per open container: whether it holds a value already.
+  std::vector<bool> has_value_;
+  bool after_key_ = false;
+};
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_CLI_JSON_WRITER_H_

@@ -1,0 +1,150 @@
+#include "cli/reports.h"
+
+#include <algorithm>
+
+#include "cli/json_writer.h"
+#include "config/sync_set_list.h"
+#include "engine/action_texts.h"
+#include "engine/sync_file.h"
+#include "engine/synchronizer.h"
+#include "util/date_time.h"
+
+namespace pairwell {
+
+namespace {
+
+std::string FlagWords(int flags) {
+  std::string words = (flags & kFolderEnabled) ? "enabled" : "disabled";
+  if (flags & kFolderAllowBaseCreation) words += ", create base";
+  if (flags & kFolderSkipOnError) words += ", skip on error";
+  return words;
+}
+
+std::string PadRight(const std::string& text, std::size_t width) {
+  return text.size() >= width ? text
+                              : text + std::string(width - text.size(), ' ');
+}
+
+void WriteDate(JsonWriter& json, double date) {
+  if (date == 0) {
+    json.Null();
+  } else {
+    json.String(FormatGeneralDate(date));
+  }
+}
+
+void WriteCopies(JsonWriter& json, const SyncFile& file, int folders) {
+  json.Key("copies").BeginArray();
+  for (int j = 1; j <= folders; ++j) {
+    const CopyRecord& copy = file.Copy(j);
+    const bool exists = file.CopyExists(j);
+    json.BeginObject().Key("exists").Bool(exists);
+    json.Key("modify");
+    WriteDate(json, copy.modify_date);
+    json.Key("create");
+    WriteDate(json, exists ? copy.create_date : 0);
+    json.Key("size").Number(exists ? copy.size : 0);
+    json.Key("attributes").Number(exists ? copy.attributes : 0);
+    json.EndObject();
+  }
+  json.EndArray();
+}
+
+void WriteFile(JsonWriter& json, const Synchronizer& set,
+               const SyncFile& file) {
+  const int conflict = file.ComputeConflictIndex();
+  json.BeginObject();
+  json.Key("name").String(file.RelativeName());
+  json.Key("status").String(StatusText(file));
+  json.Key("action").Number(file.Action);
+  json.Key("actionText").String(ActionText(file));
+  json.Key("source").Number(file.SourceIndex);
+  json.Key("flags").Number(file.ActionFlags);
+  json.Key("situation").Number(file.ComputeSituation(false));
+  json.Key("conflict").Number(conflict);
+  json.Key("conflictName");
+  if (conflict > 0) {
+    json.String(set.ConflictTypes(conflict).Name);
+  } else {
+    json.Null();
+  }
+  WriteCopies(json, file, set.WPathCount());
+  json.EndObject();
+}
+
+}  // namespace
+
+std::string FolderTypeName(int flags) {
+  static const char* const kNames[] = {"Source folder", "Mirror to",
+                                       "Merge to"};
+  return kNames[FolderTypeOf(flags)];
+}
+
+std::string SetListText(const SyncSetList& sets) {
+  std::string text;
+  for (int i = 1; i <= sets.Count(); ++i) {
+    const Synchronizer& set = sets.Item(i);
+    text += std::to_string(i) + "  " + set.Name + "  (" +
+            std::to_string(set.PathCount()) +
+            (set.PathCount() == 1 ? " folder)\n" : " folders)\n");
+    for (int j = 1; j <= set.PathCount(); ++j) {
+      text += "    " + std::to_string(j) + "  " +
+              PadRight(FolderTypeName(set.PathFlags(j)), 15) +
+              PadRight(FlagWords(set.PathFlags(j)), 34) + set.Path(j) + "\n";
+    }
+  }
+  return text;
+}
+
+std::string PlanTable(const Synchronizer& set) {
+  std::size_t name_width = 4;
+  std::size_t status_width = 6;
+  for (long i = 1; i <= set.WFileCount(); ++i) {
+    name_width = std::max(name_width, set.WFile(i).RelativeName().size());
+  }
+  status_width = std::max<std::size_t>(status_width, set.WPathCount() + 2);
+  std::string text = PadRight("File", name_width + 2) +
+                     PadRight("Status", status_width + 2) + "Action\n";
+  for (long i = 1; i <= set.WFileCount(); ++i) {
+    const SyncFile& file = set.WFile(i);
+    text += PadRight(file.RelativeName(), name_width + 2) +
+            PadRight(StatusText(file), status_width + 2) + ActionText(file) +
+            "\n";
+  }
+  text += StatsText(set, CountConflicts(set)) + "\n";
+  return text;
+}
+
+std::string PlanJson(const Synchronizer& set) {
+  JsonWriter json;
+  json.BeginObject();
+  json.Key("set").String(set.Name);
+  json.Key("lastSync");
+  WriteDate(json, set.EfLastSyncDate());
+  json.Key("folders").BeginArray();
+  for (int j = 1; j <= set.WPathCount(); ++j) {
+    json.BeginObject()
+        .Key("path")
+        .String(set.WPath(j))
+        .Key("flags")
+        .Number(set.WPathFlags(j))
+        .EndObject();
+  }
+  json.EndArray();
+  json.Key("files").BeginArray();
+  for (long i = 1; i <= set.WFileCount(); ++i) {
+    WriteFile(json, set, set.WFile(i));
+  }
+  json.EndArray();
+  const ConflictCounts counts = CountConflicts(set);
+  json.Key("stats").BeginObject();
+  json.Key("files").Number(set.WFileCount());
+  json.Key("needConfirmation").Number(counts.need_confirmation);
+  json.Key("autoHandled").Number(counts.auto_handled);
+  json.Key("text").String(StatsText(set, counts));
+  json.EndObject();
+  json.EndObject();
+  return json.text() + "\n";
+}
+
+}  // namespace pairwell

@@ -1,0 +1,29 @@
+// The command line's reports: the list of sets and a set's plan, as text
+// tables or JSON.
+#ifndef PAIRWELL_CLI_REPORTS_H_
+#define PAIRWELL_CLI_REPORTS_H_
+
+#include <string>
+
+namespace pairwell {
+
+class SyncSetList;
+class Synchronizer;
+
+// One line per set (number, name, folder count), then one line per folder
+// with its type and flags.
+std::string SetListText(const SyncSetList& sets);
+
+// The run's files as a table with the columns File, Status and Action, then
+// the statistics line. The action list must have been built.
+std::string PlanTable(const Synchronizer& set);
+
+// The run as one JSON object: set, lastSync, folders, files, stats.
+std::string PlanJson(const Synchronizer& set);
+
+// "Source folder", "Mirror to" or "Merge to" for a folder's flags.
+std::string FolderTypeName(int flags);
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_CLI_REPORTS_H_
