@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The main job of `make run`: a small demo sync set in a scratch folder
-# under the build directory, planned by pairwell-cli.
+# under the build directory, planned and then synchronized by pairwell-cli.
 set -euo pipefail
 build_dir=$(cd "${1:-build}" && pwd)
 cli="${build_dir}/pairwell-cli"
@@ -14,6 +14,9 @@ printf 'Old photo index\n' > "${demo}/Backup/photos.txt"
 # Both copies changed since they were last the same: a conflict.
 printf 'Draft, laptop edit\n' > "${demo}/Laptop/draft.txt"
 printf 'Draft, backup edit\n' > "${demo}/Backup/draft.txt"
+# Files made a while ago, so that after the sync they count as unchanged.
+find "${demo}" -type f -exec touch -d '-3 hours' {} +
+touch -d '-1 hour' "${demo}/Laptop/draft.txt"
 touch -d '-2 hours' "${demo}/Backup/draft.txt"
 
 # The shipped catalogue plus the demo set.
@@ -30,4 +33,10 @@ echo "== pairwell-cli list"
 "${cli}" --ini "${demo}/Pairwell.ini" list
 echo
 echo "== pairwell-cli plan Demo"
+"${cli}" --ini "${demo}/Pairwell.ini" plan Demo 2>/dev/null
+echo
+echo "== pairwell-cli sync --yes Demo"
+"${cli}" --ini "${demo}/Pairwell.ini" sync --yes Demo
+echo
+echo "== pairwell-cli plan Demo (again: nothing left to do)"
 "${cli}" --ini "${demo}/Pairwell.ini" plan Demo 2>/dev/null

@@ -8,8 +8,18 @@ std::string ParseCommandArgs(const std::vector<std::string>& args,
                              std::size_t i, CliOptions* options) {
   for (; i < args.size(); ++i) {
     const std::string& arg = args[i];
-    if (arg == "--json" && options->command == "plan") {
+    const bool plan = options->command == "plan";
+    const bool sync = options->command == "sync";
+    if (arg == "--json" && plan) {
       options->json = true;
+    } else if (arg == "--simulate" && sync) {
+      options->simulate = true;
+    } else if (arg == "--yes" && sync) {
+      options->assume_yes = true;
+    } else if (arg == "--ignore-errors" && sync) {
+      options->ignore_errors = true;
+    } else if (arg == "--all" && sync) {
+      options->all_sets = true;
     } else if (arg.size() > 1 && arg[0] == '-') {
       return "unknown option '" + arg + "' for " + options->command;
     } else {
@@ -21,6 +31,10 @@ std::string ParseCommandArgs(const std::vector<std::string>& args,
   }
   if (options->command == "plan" && options->sets.size() != 1) {
     return "plan takes exactly one set";
+  }
+  if (options->command == "sync" &&
+      options->all_sets == !options->sets.empty()) {
+    return "sync takes one or more sets, or --all";
   }
   return std::string();
 }
@@ -53,7 +67,8 @@ std::string ParseCliOptions(const std::vector<std::string>& args,
   }
   if (i >= args.size()) return "no command given";
   options->command = args[i];
-  if (options->command != "list" && options->command != "plan") {
+  if (options->command != "list" && options->command != "plan" &&
+      options->command != "sync") {
     return "unknown command '" + options->command + "'";
   }
   return ParseCommandArgs(args, i + 1, options);
@@ -67,6 +82,16 @@ std::string UsageText() {
          "  plan [--json] SET    scan SET's folders and show what a sync "
          "would do;\n"
          "                       changes nothing\n"
+         "  sync [--simulate] [--yes] [--ignore-errors] (SET... | --all)\n"
+         "                       synchronize the sets, one after another\n"
+         "\n"
+         "sync options:\n"
+         "  --simulate       log every operation, change no file\n"
+         "  --yes            answer Yes to questions and accept the default\n"
+         "                   actions of conflicts that need confirmation\n"
+         "  --ignore-errors  skip a failed copy or deletion and go on "
+         "(else abort)\n"
+         "  --all            every set, in list order\n"
          "\n"
          "SET is a set's name (case is ignored) or its number in the list.\n"
          "\n"
@@ -77,8 +102,11 @@ std::string UsageText() {
          "  --help       show this help\n"
          "  --version    show the version\n"
          "\n"
-         "Exit codes: 0 done, 1 the scan refused or failed, 2 usage or\n"
-         "configuration error.\n";
+         "Exit codes: 0 done; 1 a scan refused, a set failed or was "
+         "aborted;\n"
+         "2 usage or configuration error; 3 a conflict needs confirmation "
+         "(sync\n"
+         "without --yes; nothing was changed).\n";
 }
 
 }  // namespace pairwell

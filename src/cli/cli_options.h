@@ -14,9 +14,13 @@ constexpr int kExitUsage = 2;
 constexpr int kExitConfirm = 3;
 
 struct CliOptions {
-  std::string ini_path;  // empty: the usual place
-  std::string command;   // "list", "plan", "help", "version"
-  bool json = false;
+  std::string ini_path;        // empty: the usual place
+  std::string command;         // "list", "plan", "sync", "help", "version"
+  bool json = false;           // plan
+  bool simulate = false;       // sync
+  bool assume_yes = false;     // sync
+  bool ignore_errors = false;  // sync
+  bool all_sets = false;       // sync
   std::vector<std::string> sets;
 };
 

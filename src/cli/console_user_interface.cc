@@ -2,6 +2,10 @@
 
 #include <unistd.h>
 
+#include "engine/action_texts.h"
+#include "engine/sync_file.h"
+#include "engine/synchronizer.h"
+
 namespace pairwell {
 
 namespace {
@@ -72,7 +76,14 @@ void ConsoleUserInterface::ShowStatus(const std::string& text) {
   progress_shown_ = true;
 }
 
+void ConsoleUserInterface::ShowProgress(const std::string& caption) {
+  ClearProgress();
+  std::fprintf(options_.log_stream, "== %s\n", caption.c_str());
+}
+
 void ConsoleUserInterface::ClearProgress() {
+  // Log lines on stdout come before what stderr says next.
+  std::fflush(stdout);
   if (!progress_shown_) return;
   std::fprintf(stderr, "\r\033[K");
   progress_shown_ = false;
@@ -83,8 +94,23 @@ void ConsoleUserInterface::AppendText(const std::string& text) {
   std::fputs(text.c_str(), options_.log_stream);
 }
 
-bool ConsoleUserInterface::ConfirmActions(Synchronizer&) {
-  return options_.assume_yes;
+bool ConsoleUserInterface::ConfirmActions(Synchronizer& set) {
+  if (options_.assume_yes) return true;
+  ClearProgress();
+  confirmation_refused_ = true;
+  std::fprintf(stderr,
+               "Pairwell: these files of '%s' need confirmation; nothing was "
+               "changed. Run again with --yes to accept their default "
+               "actions.\n",
+               set.Name.c_str());
+  for (long i = 1; i <= set.WFileCount(); ++i) {
+    SyncFile& file = set.WFile(i);
+    if (!NeedsConfirmation(set, file.ComputeConflictIndex())) continue;
+    file.CalcNoEffect();
+    std::fprintf(stderr, "  %s  %s  %s\n", file.RelativeName().c_str(),
+                 StatusText(file).c_str(), ActionText(file).c_str());
+  }
+  return false;
 }
 
 std::string ConsoleUserInterface::BrowseForFolder(const std::string&) {

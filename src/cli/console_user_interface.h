@@ -33,6 +33,9 @@ class ConsoleUserInterface final : public UserInterface, LogEchoTarget {
                  const std::string& caption) override;
   void DoEvents() override {}
   void ShowStatus(const std::string& text) override;
+  void ShowProgress(const std::string& caption) override;
+  void HideProgress() override { ClearProgress(); }
+  void EnableMainWindow(bool) override {}
   LogEchoTarget* LogEcho() override { return this; }
   bool ConfirmActions(Synchronizer& set) override;
   std::string BrowseForFolder(const std::string& prompt) override;
@@ -44,6 +47,9 @@ class ConsoleUserInterface final : public UserInterface, LogEchoTarget {
 
   // The number of messages shown so far.
   int message_count() const { return message_count_; }
+  // Whether a run stopped because conflicts needed a confirmation that
+  // nobody gave.
+  bool confirmation_refused() const { return confirmation_refused_; }
 
  private:
   int Answer(int style) const;
@@ -52,6 +58,7 @@ class ConsoleUserInterface final : public UserInterface, LogEchoTarget {
   ConsoleOptions options_;
   bool progress_shown_ = false;
   int message_count_ = 0;
+  bool confirmation_refused_ = false;
 };
 
 }  // namespace pairwell

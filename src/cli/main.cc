@@ -8,6 +8,7 @@
 #include "cli/console_user_interface.h"
 #include "cli/reports.h"
 #include "config/module.h"
+#include "engine/sync_driver.h"
 #include "engine/sync_file.h"
 #include "util/text.h"
 
@@ -48,6 +49,46 @@ int RunPlan(const CliOptions& options) {
   return kExitOk;
 }
 
+// The sets named on the command line, or every set with --all; false after
+// a usage message when one is unknown.
+bool ResolveSets(const CliOptions& options, std::vector<Synchronizer*>* sets) {
+  if (options.all_sets) {
+    for (int i = 1; i <= SyncSets().Count(); ++i) {
+      sets->push_back(&SyncSets().Item(i));
+    }
+    return true;
+  }
+  for (const std::string& which : options.sets) {
+    Synchronizer* set = FindSet(which);
+    if (set == nullptr) {
+      UsageError("no sync set '" + which + "'");
+      return false;
+    }
+    sets->push_back(set);
+  }
+  return true;
+}
+
+int RunSync(const CliOptions& options, const ConsoleUserInterface& ui) {
+  std::vector<Synchronizer*> sets;
+  if (!ResolveSets(options, &sets)) return kExitUsage;
+  if (options.simulate) SetSimulationMode(true);
+  std::vector<double> before;
+  for (const Synchronizer* set : sets) before.push_back(set->LastSyncDate);
+  const bool ok = RunSyncSets(sets, false);
+  if (!SimulationMode()) {
+    std::vector<const Synchronizer*> completed;
+    for (std::size_t i = 0; i < sets.size(); ++i) {
+      if (sets[i]->LastSyncDate != before[i]) completed.push_back(sets[i]);
+    }
+    if (!completed.empty() && !SaveLastSyncDates(completed)) {
+      return kExitFailed;
+    }
+  }
+  if (ui.confirmation_refused()) return kExitConfirm;
+  return ok ? kExitOk : kExitFailed;
+}
+
 int Run(const CliOptions& options) {
   if (options.command == "help") {
     std::fputs(UsageText().c_str(), stdout);
@@ -61,6 +102,12 @@ int Run(const CliOptions& options) {
     setenv(kIniPathVariable, options.ini_path.c_str(), 1);
   }
   ConsoleOptions console;
+  if (options.command == "sync") {
+    console.assume_yes = options.assume_yes;
+    console.ignore_errors = options.ignore_errors;
+    console.log_stream = stdout;
+    console.show_progress = true;
+  }
   ConsoleUserInterface ui(console);
   if (!Main("")) return kExitUsage;
   TheLogFile().EchoTextBox = ui.LogEcho();
@@ -68,6 +115,7 @@ int Run(const CliOptions& options) {
     std::fputs(SetListText(SyncSets()).c_str(), stdout);
     return kExitOk;
   }
+  if (options.command == "sync") return RunSync(options, ui);
   return RunPlan(options);
 }
 

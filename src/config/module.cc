@@ -2,8 +2,10 @@
 
 #include <cmath>
 #include <memory>
+#include <system_error>
 #include <vector>
 
+#include "engine/run_state.h"
 #include "util/command_line.h"
 #include "util/date_time.h"
 #include "util/file_system.h"
@@ -23,7 +25,6 @@ struct ProgramState {
   std::unique_ptr<INIFile> ini_file = std::make_unique<INIFile>();
   std::unique_ptr<SyncSetList> sync_sets = std::make_unique<SyncSetList>();
   std::unique_ptr<LogFile> log_file = std::make_unique<LogFile>();
-  bool simulation_mode = false;
 };
 
 ProgramState& State() {
@@ -53,13 +54,58 @@ void ApplySwitch(const std::string& arg) {
 INIFile& TheINIFile() { return *State().ini_file; }
 SyncSetList& SyncSets() { return *State().sync_sets; }
 LogFile& TheLogFile() { return *State().log_file; }
-bool SimulationMode() { return State().simulation_mode; }
-void SetSimulationMode(bool on) { State().simulation_mode = on; }
+bool SimulationMode() { return TheRunState().simulation_mode; }
+void SetSimulationMode(bool on) { TheRunState().simulation_mode = on; }
 
 std::string GetINIPath() {
   const std::string from_environment = EnvironmentValue(kIniPathVariable);
   if (!from_environment.empty()) return from_environment;
   return CombinePath(ExecutableFolder(), std::string(kAppTitle) + ".ini");
+}
+
+namespace {
+
+// The section of the named set in a store read straight from the file.
+std::shared_ptr<INIFileSection> FindSetSection(const INIFile& ini,
+                                               const std::string& name) {
+  for (long i = 1; i <= ini.SecCount(); ++i) {
+    const std::shared_ptr<INIFileSection> section = ini.SectionI(i);
+    if (IsSetSection(section->SecName) &&
+        EqualsNoCase(LTrim(section->SecName.substr(4)), name)) {
+      return section;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+bool SaveLastSyncDates(const std::vector<const Synchronizer*>& sets) {
+  INIFile on_disk;
+  const std::string path = GetINIPath();
+  if (!on_disk.LoadFile(path)) return false;
+  bool ok = true;
+  for (const Synchronizer* set : sets) {
+    const std::shared_ptr<INIFileSection> section =
+        FindSetSection(on_disk, set->Name);
+    if (!section) {
+      MsgBox("The set '" + set->Name + "' is no longer in " + path +
+                 "; its last synchronization date was not saved.",
+             kMbExclamation);
+      ok = false;
+    } else if (set->LastSyncDate > 0) {
+      section->AddVar("LastSyncDate", FormatGeneralDate(set->LastSyncDate));
+    }
+  }
+  try {
+    on_disk.SaveFile(path);
+  } catch (const std::system_error& error) {
+    MsgBox(std::string("The last synchronization dates could not be saved: ") +
+               error.what(),
+           kMbExclamation);
+    return false;
+  }
+  return ok;
 }
 
 std::string ConfigFolder() {
@@ -135,7 +181,7 @@ bool Main(const std::string& command_line) {
   state.sync_sets = std::make_unique<SyncSetList>();
   state.ini_file = std::make_unique<INIFile>();
   state.log_file = std::make_unique<LogFile>();
-  state.simulation_mode = false;
+  SetSimulationMode(false);
   TheLogFile().SetBaseFolder(ConfigFolder());
 
   const std::vector<std::string> args = SplitCommandLine(command_line);

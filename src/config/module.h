@@ -5,6 +5,7 @@
 #define PAIRWELL_CONFIG_MODULE_H_
 
 #include <string>
+#include <vector>
 
 #include "config/ini_file.h"
 #include "config/sync_set_list.h"
@@ -42,6 +43,13 @@ Synchronizer& NewSyncSet(const std::string& name);
 // and saves the store to GetINIPath(). A write failure throws
 // std::system_error; the file on disk then stays as it was.
 void SaveSettings();
+
+// Writes the LastSyncDate of each given set into the configuration file as
+// it is on disk now, changing nothing else in it (every other section, key
+// and comment stays; the file is replaced whole only once written). Returns
+// false, after telling the person, when the file cannot be read or written
+// or lacks a set's section.
+bool SaveLastSyncDates(const std::vector<const Synchronizer*>& sets);
 
 // The folder of the configuration file; relative log names are taken
 // relative to it.

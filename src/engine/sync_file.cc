@@ -1,10 +1,17 @@
 #include "engine/sync_file.h"
 
+#include <cerrno>
 #include <stdexcept>
 
+#include "config/ini_file_section.h"
+#include "engine/log_file.h"
+#include "engine/run_state.h"
 #include "engine/synchronizer.h"
 #include "util/file_system.h"
 #include "util/path.h"
+#include "util/system.h"
+#include "util/text.h"
+#include "util/user_interface.h"
 
 namespace pairwell {
 
@@ -139,6 +146,19 @@ void SyncFile::ComputeDefAction() {
   // The type's default resolution decides, not the set's custom one.
   Action = type.DefAction;
   if (Action == kUseNewest) SourceIndex = GetNewestFileIndex(true);
+  // Without smart deletes, a deletion that only the last-sync date can
+  // justify (a source still has the file) is left to the person.
+  if (Action == kDeleteAll && !owner_->AllowSmartDeletes &&
+      (ComputeSituation(false) & kSituSyncDateExists) != 0 && HasSourceCopy()) {
+    Action = kUndecided;
+  }
+}
+
+bool SyncFile::HasSourceCopy() const {
+  for (int i = 1; i <= owner_->WPathCount(); ++i) {
+    if (FolderType(i) == kFolderSource && CopyExists(i)) return true;
+  }
+  return false;
 }
 
 void SyncFile::CalcNoEffect() {
@@ -176,6 +196,7 @@ long SyncFile::PerformAction(bool count_only) {
   const int count = owner_->WPathCount();
   if (Action == kDeleteAll) {
     for (int j = 1; j <= count; ++j) {
+      if (!count_only && owner_->StopFlag) break;
       if (!Deletable(j)) continue;
       ++operations;
       if (!count_only) DeleteIn(j);
@@ -186,6 +207,7 @@ long SyncFile::PerformAction(bool count_only) {
     // nothing to copy.
     if (s < 1 || s > count) return 0;
     for (int j = 1; j <= count; ++j) {
+      if (!count_only && owner_->StopFlag) break;
       if (j == s || !CopyNeeded(j, s)) continue;
       if (CopyExists(s) && FilesSeemTheSame(s, j) &&
           (ActionFlags & kFlagForceCopy) == 0) {
@@ -198,12 +220,48 @@ long SyncFile::PerformAction(bool count_only) {
   return operations;
 }
 
-void SyncFile::CopyOver(int, int) {
-  throw std::logic_error("copying is not available in this build");
+bool SyncFile::MakeDestinationFolder(int d) {
+  const std::string path = FullPath(d);
+  const std::string::size_type slash = path.find_last_of("/\\");
+  const std::string folder =
+      slash == std::string::npos ? std::string(".") : path.substr(0, slash);
+  return owner_->WithErrorPolicy(
+      "Unable to create the following folder:\n\n" + folder,
+      [&] { return MakeDirectoryError(folder); });
 }
 
-void SyncFile::DeleteIn(int) {
-  throw std::logic_error("deleting is not available in this build");
+void SyncFile::CopyOver(int s, int d) {
+  const std::string source = FullPath(s);
+  const std::string dest = FullPath(d);
+  owner_->TheLog().PrintL("Copy ", dest, " from ", source);
+  if (TheRunState().simulation_mode) return;
+  if (!MakeDestinationFolder(d)) return;
+  const bool read_only =
+      CopyExists(d) && (Copy(d).attributes & (kAttrReadOnly | kAttrSystem));
+  const bool copied = owner_->WithErrorPolicy(
+      "Unable to perform the copy operation:\n\n" + source + " -> " + dest,
+      [&] {
+        if (read_only) ClearReadOnly(dest);
+        return CopyFileReplacing(source, dest);
+      });
+  if (!copied) return;
+  // The copy keeps the source's modification time and permissions; only the
+  // creation date is left, which POSIX cannot set.
+  if (owner_->MatchCDateOnCopy && !SetCreationTime(dest, Copy(s).create_date)) {
+    owner_->TheLog().PrintErrL("Error setting creation time of ", dest);
+  }
+  // There is no archive attribute to clear here (ClearArchiveOnCopy).
+  copies_[d - 1] = copies_[s - 1];
+}
+
+void SyncFile::DeleteIn(int j) {
+  const std::string path = FullPath(j);
+  owner_->TheLog().PrintL("Deleting ", path);
+  if (TheRunState().simulation_mode) return;
+  if (owner_->WithErrorPolicy("Unable to delete the following file:\n\n" + path,
+                              [&] { return DeleteFile(path); })) {
+    copies_[j - 1].modify_date = 0;
+  }
 }
 
 }  // namespace pairwell

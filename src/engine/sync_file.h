@@ -101,6 +101,8 @@ class SyncFile : public TreeObject {
   int GetNewestFileIndex(bool source_only) const;
 
   // Sets the action, source index and flags from the file's conflict type.
+  // Without the set's AllowSmartDeletes, a deletion decided by the last-sync
+  // date becomes undecided.
   void ComputeDefAction();
 
   // Sets kFlagNoEffect when the action would change nothing, else clears
@@ -126,10 +128,15 @@ class SyncFile : public TreeObject {
   // or is not (!later) after the set's effective last-sync date.
   int ComputeState(bool later) const;
   int FolderType(int i) const;
+  bool HasSourceCopy() const;
   // Copies copy s over folder d, and deletes the copy in folder j, through
-  // the set's log, simulation mode and error policy.
+  // the set's log, simulation mode and error policy. An abort stops the set
+  // (its StopFlag).
   void CopyOver(int s, int d);
   void DeleteIn(int j);
+  // Makes sure the folder that holds copy d exists; false when the copy is
+  // to be given up.
+  bool MakeDestinationFolder(int d);
 
   Synchronizer* owner_;
   std::string relative_name_;

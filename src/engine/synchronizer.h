@@ -6,10 +6,13 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "engine/conflict_descriptor.h"
 #include "engine/string_tree.h"
+#include "util/user_interface.h"
 
 namespace pairwell {
 
@@ -78,6 +81,9 @@ class Synchronizer {
   // The program-wide log (not owned); null until NewSyncSet gives it.
   LogFile* Log() const { return log_; }
   void SetLog(LogFile* log) { log_ = log; }
+  // The log to write to: the program-wide one, or a closed one that writes
+  // nowhere when the set has none.
+  LogFile& TheLog();
 
   // Folders.
   int PathCount() const { return static_cast<int>(folders_.size()); }
@@ -125,8 +131,33 @@ class Synchronizer {
   // Empties the working files, folders and tree.
   void FreeSyncData();
 
+  // Carries out every file's action in list order (creating the folders of
+  // the sources first when SyncFolders is on). Stops before the next file
+  // once StopFlag is set (an abort answer sets it).
+  void PerformActions();
+
   // Lets window events run and shows SyncMsg, at most every 50 ms.
   void ManageUI();
+
+  // What to do about a failed step: kIdAbort, kIdRetry or kIdIgnore (kIdNo
+  // from quiet mode counts as abort), from the "ErrorHandling" table (logged)
+  // or from the person.
+  int ErrorPolicy(const std::string& message, int error_number);
+
+  // Runs the step (returning 0 or an error number) until it succeeds or the
+  // error policy ignores or aborts it. An abort sets StopFlag. True on
+  // success.
+  template <typename Step>
+  bool WithErrorPolicy(const std::string& message, Step step) {
+    for (;;) {
+      const int error_number = step();
+      if (error_number == 0) return true;
+      const int answer = ErrorPolicy(message, error_number);
+      if (answer == kIdRetry) continue;
+      if (answer != kIdIgnore) StopFlag = true;
+      return false;
+    }
+  }
 
   // Shows a message for this set: in quiet mode it goes to the log instead
   // and the answer is kIdNo. A style without buttons or icon of its own gets
@@ -160,10 +191,6 @@ class Synchronizer {
     bool missing = false;
   };
 
-  // The log to write to: the program-wide one, or a closed one that writes
-  // nowhere when the set has none.
-  LogFile& TheLog();
-
   bool PrepareFolders();
   bool CheckFolderCounts();
   void ReadFolderOfPath(int i);
@@ -177,6 +204,11 @@ class Synchronizer {
   void AddFileCopy(int i, const std::string& rel, StringTree& tree, long node,
                    const FolderEntry& row);
   bool PassesFilters(const std::string& name, bool is_folder) const;
+  // Notes that working folder i holds the folder rel (ending in a
+  // separator).
+  void NoteFolder(int i, const std::string& rel);
+  // Creates, in every working folder, the folders a source folder holds.
+  void CreateMissingFolders();
   long AddSyncFile(const std::string& rel);
   bool ComputeDefaultActions();
 
@@ -190,6 +222,10 @@ class Synchronizer {
   std::vector<ConflictDescriptor> conflict_types_;
   std::vector<Folder> work_folders_;
   std::vector<std::shared_ptr<SyncFile>> files_;
+  // The sub-folders met by the scan, parents first, with a bit per working
+  // folder that holds them (bit i-1 for folder i).
+  std::vector<std::pair<std::string, std::uint32_t>> sub_folders_;
+  std::unordered_map<std::string, std::size_t> sub_folder_index_;
   std::shared_ptr<StringTree> root_tree_;
   LogFile* log_ = nullptr;
   double scan_started_ = 0;

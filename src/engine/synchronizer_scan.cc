@@ -62,6 +62,8 @@ int Synchronizer::ShowErrToUser(const std::string& message, int style) {
 void Synchronizer::FreeSyncData() {
   files_.clear();
   work_folders_.clear();
+  sub_folders_.clear();
+  sub_folder_index_.clear();
   root_tree_->Clear();
 }
 
@@ -260,7 +262,9 @@ void Synchronizer::ReadFolder(int i, const std::string& folder,
       tree.SetSubTree(node, sub);
     }
     if (sub) {
-      ReadFolder(i, folder, rel + row.name + kPathSeparator, *sub, merge_only);
+      const std::string sub_rel = rel + row.name + kPathSeparator;
+      NoteFolder(i, sub_rel);
+      ReadFolder(i, folder, sub_rel, *sub, merge_only);
       if (StopFlag || scan_failed_) return;
     }
   }
@@ -290,6 +294,14 @@ bool Synchronizer::PassesFilters(const std::string& name,
   }
   return MatchesSpec(name, FileSpec) &&
          (ExcludeSpec.empty() || !MatchesSpec(name, ExcludeSpec));
+}
+
+void Synchronizer::NoteFolder(int i, const std::string& rel) {
+  // Folders compare ignoring case, as the tree does.
+  const auto inserted =
+      sub_folder_index_.emplace(UpperCase(rel), sub_folders_.size());
+  if (inserted.second) sub_folders_.emplace_back(rel, 0);
+  sub_folders_[inserted.first->second].second |= 1u << (i - 1);
 }
 
 long Synchronizer::AddSyncFile(const std::string& rel) {

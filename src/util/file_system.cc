@@ -127,6 +127,12 @@ bool MakeDirectory(const std::string& path) {
   return true;
 }
 
+int MakeDirectoryError(const std::string& path) {
+  errno = 0;
+  if (MakeDirectory(path)) return 0;
+  return errno != 0 ? errno : ENOENT;
+}
+
 bool GetFileInfo(const std::string& path, FolderEntry* entry) {
   // "path/*" finds the folder's own "." entry first; a file has no entries.
   const std::string folder = CombinePath(path, "*");
@@ -178,6 +184,13 @@ int ListFolder(const std::string& folder, std::vector<LeftOutEntry>* left_out) {
     }
     if (!S_ISREG(info.mode) && !S_ISDIR(info.mode)) {
       leave_out(d->d_name, SpecialKind(info.mode));
+      continue;
+    }
+    if (name.find('\\') != std::string::npos) {
+      // Paths treat "\" as a slash too, so such a name would be taken for
+      // a file in a sub-folder.
+      leave_out(d->d_name,
+                "its name holds a \"\\\", read as a folder separator");
       continue;
     }
     if (name.compare(0, sizeof kPartialCopyPrefix - 1, kPartialCopyPrefix) ==

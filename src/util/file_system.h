@@ -50,6 +50,9 @@ bool FolderExists(const std::string& path);
 // "//server/share" path) or a drive "X:"; a failed creation ends at once
 // with false (levels made before it stay).
 bool MakeDirectory(const std::string& path);
+// MakeDirectory with the reason: 0 when the folder exists afterwards, else
+// the system error number (ENOENT when no parent may be used).
+int MakeDirectoryError(const std::string& path);
 
 // Looks the path up as "path/*" and fills the entry from the first match:
 // for a folder that is its own "." entry (its dates and attributes); an

@@ -67,6 +67,11 @@ class UserInterface {
   virtual void DoEvents() = 0;
   // Shows the status text of a running synchronization.
   virtual void ShowStatus(const std::string& text) = 0;
+  // Shows the progress window of a run with that caption, and hides it.
+  virtual void ShowProgress(const std::string& caption) = 0;
+  virtual void HideProgress() = 0;
+  // Turns the main window's controls off while a run goes on, and back on.
+  virtual void EnableMainWindow(bool enable) = 0;
   // Where the log echoes its lines; null when nothing shows them.
   virtual LogEchoTarget* LogEcho() = 0;
   // Lets the person review and refine the set's actions. Returns false when

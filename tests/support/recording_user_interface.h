@@ -32,6 +32,11 @@ class RecordingUserInterface : public UserInterface {
   bool confirm_answer = true;
   int confirm_calls = 0;
   std::string folder_answer;
+  std::vector<std::string> progress_captions;
+  bool progress_shown = false;
+  std::vector<bool> main_window_states;
+  // Where the log echoes; null for nowhere.
+  LogEchoTarget* log_echo = nullptr;
   std::vector<std::string> browse_prompts;
 
   int MessageBox(const std::string& text, int style,
@@ -40,7 +45,15 @@ class RecordingUserInterface : public UserInterface {
   void ShowStatus(const std::string& text) override {
     statuses.push_back(text);
   }
-  LogEchoTarget* LogEcho() override { return nullptr; }
+  void ShowProgress(const std::string& caption) override {
+    progress_captions.push_back(caption);
+    progress_shown = true;
+  }
+  void HideProgress() override { progress_shown = false; }
+  void EnableMainWindow(bool enable) override {
+    main_window_states.push_back(enable);
+  }
+  LogEchoTarget* LogEcho() override { return log_echo; }
   bool ConfirmActions(Synchronizer&) override {
     ++confirm_calls;
     return confirm_answer;

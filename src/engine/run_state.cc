@@ -1,0 +1,10 @@
+#include "engine/run_state.h"
+
+namespace pairwell {
+
+RunState& TheRunState() {
+  static RunState state;
+  return state;
+}
+
+}  // namespace pairwell
