@@ -3,7 +3,7 @@ BUILD_DIR ?= build
 TEST_DIR ?= build-sanitize
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps build run test bench-scan clean
+.PHONY: all deps build run test bench-scan bench-copy clean
 
 all: build
 
@@ -26,6 +26,10 @@ test: deps
 # Scan speed against rsync and a plain find walk (not part of the tests).
 bench-scan: build
 	bench/scan/run.sh $(BUILD_DIR)
+
+# Copy speed of a first sync against cp -a and rsync -a.
+bench-copy: build
+	bench/copy/run.sh $(BUILD_DIR)
 
 clean:
 	rm -rf $(BUILD_DIR) $(TEST_DIR)

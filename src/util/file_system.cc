@@ -96,9 +96,13 @@ std::string::size_type FindExistingParent(const std::string& path) {
 
 bool CreateLevel(const std::string& folder) {
   if (mkdir(folder.c_str(), 0777) == 0) return true;
+  if (errno != EEXIST) return false;
   // A level that exists already (a trailing slash names it twice, or
-  // another program made it meanwhile) is what was asked for.
-  return errno == EEXIST && FolderExists(folder);
+  // another program made it meanwhile) is what was asked for; a file in its
+  // place is not.
+  if (FolderExists(folder)) return true;
+  errno = ENOTDIR;
+  return false;
 }
 
 }  // namespace
@@ -304,20 +308,22 @@ int DeleteFile(const std::string& path) {
 bool SetCreationTime(const std::string& path, double create_date,
                      double modify_date) {
   (void)create_date;  // POSIX file systems keep no settable birth time
+  if (modify_date <= 0) {
+    // Nothing that POSIX can hold is asked for: done, if the file is there.
+    struct stat st;
+    return lstat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
+  }
   const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW);
   if (fd < 0) return false;
-  bool ok = true;
-  if (modify_date > 0) {
-    std::int64_t seconds = 0;
-    long nanoseconds = 0;
-    DateToFileTime(modify_date, &seconds, &nanoseconds);
-    struct timespec times[2];
-    times[0].tv_sec = 0;
-    times[0].tv_nsec = UTIME_OMIT;  // the access time stays as it is
-    times[1].tv_sec = static_cast<time_t>(seconds);
-    times[1].tv_nsec = nanoseconds;
-    ok = futimens(fd, times) == 0;
-  }
+  std::int64_t seconds = 0;
+  long nanoseconds = 0;
+  DateToFileTime(modify_date, &seconds, &nanoseconds);
+  struct timespec times[2];
+  times[0].tv_sec = 0;
+  times[0].tv_nsec = UTIME_OMIT;  // the access time stays as it is
+  times[1].tv_sec = static_cast<time_t>(seconds);
+  times[1].tv_nsec = nanoseconds;
+  const bool ok = futimens(fd, times) == 0;
   close(fd);
   return ok;
 }

@@ -93,8 +93,9 @@ int ClearReadOnly(const std::string& path);
 int DeleteFile(const std::string& path);
 
 // Sets the file's dates. POSIX keeps no settable creation time, so only the
-// modify date is set, when it is above 0. False when the file cannot be
-// opened for writing.
+// modify date is set, when it is above 0; then false when the file cannot be
+// opened for writing. With only a creation date nothing is set and the
+// result tells whether the file exists.
 bool SetCreationTime(const std::string& path, double create_date,
                      double modify_date = 0);
 

@@ -14,6 +14,7 @@
 #include "support/recording_user_interface.h"
 #include "support/section_entries.h"
 #include "support/temp_dir.h"
+#include "support/test_dates.h"
 #include "util/date_time.h"
 #include "util/file_system.h"
 
@@ -21,13 +22,7 @@ namespace pairwell {
 namespace {
 
 double Date(int year, int month, int day, int hour = 0, int minute = 0) {
-  DateParts parts;
-  parts.year = year;
-  parts.month = month;
-  parts.day = day;
-  parts.hour = hour;
-  parts.minute = minute;
-  return DateFromParts(parts);
+  return MakeDate(year, month, day, hour, minute);
 }
 
 // Functions rather than constants: a date is computed by the library, which

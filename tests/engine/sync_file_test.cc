@@ -14,6 +14,7 @@
 #include "support/recording_user_interface.h"
 #include "support/section_entries.h"
 #include "support/temp_dir.h"
+#include "support/test_dates.h"
 #include "util/date_time.h"
 #include "util/file_system.h"
 
@@ -26,15 +27,7 @@ constexpr std::int32_t kMerge = kFolderMergeTo;
 
 // A local moment on one fixed day, to the millisecond.
 double Moment(int hour, int minute, int second = 0, int millisecond = 0) {
-  DateParts parts;
-  parts.year = 2024;
-  parts.month = 5;
-  parts.day = 14;
-  parts.hour = hour;
-  parts.minute = minute;
-  parts.second = second;
-  parts.millisecond = millisecond;
-  return DateFromParts(parts);
+  return MakeDate(2024, 5, 14, hour, minute, second, millisecond);
 }
 
 // Dates used throughout: the last sync lies between "old" and "fresh".
@@ -858,14 +851,7 @@ TEST_F(SyncFileTest, RefreshCountsAFolderInPlaceOfTheFileAsMissing) {
 TEST_F(SyncFileTest, RefreshOfChangedCopyReadsItsNewDateAndSize) {
   ScannedSet s({kSource, kSource});
   s.dir.WriteFile("A/f.txt", "a longer content");
-  DateParts parts;
-  parts.year = 2021;
-  parts.month = 1;
-  parts.day = 2;
-  parts.hour = 3;
-  parts.minute = 4;
-  parts.second = 5;
-  const double when = DateFromParts(parts);
+  const double when = MakeDate(2021, 1, 2, 3, 4, 5);
   ASSERT_TRUE(SetCreationTime(s.file().FullPath(1), when, when));
   s.file().RefreshFileInfo();
   EXPECT_NEAR(s.file().Copy(1).modify_date, when, 1e-8);

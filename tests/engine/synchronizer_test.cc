@@ -10,6 +10,7 @@
 #include "config/ini_file_section.h"
 #include "support/recording_user_interface.h"
 #include "support/section_entries.h"
+#include "support/test_dates.h"
 #include "util/date_time.h"
 
 namespace pairwell {
@@ -23,14 +24,7 @@ void Fill(INIFileSection* section, const Entries& entries) {
 
 double Date(int year, int month, int day, int hour = 0, int minute = 0,
             int second = 0) {
-  DateParts parts;
-  parts.year = year;
-  parts.month = month;
-  parts.day = day;
-  parts.hour = hour;
-  parts.minute = minute;
-  parts.second = second;
-  return DateFromParts(parts);
+  return MakeDate(year, month, day, hour, minute, second);
 }
 
 // A small catalogue: a comment, three usable types and one without pattern.

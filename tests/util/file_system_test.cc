@@ -228,8 +228,11 @@ TEST_F(FileSystemTest, SetCreationTimeSetsTheModifyDate) {
   ASSERT_EQ(ListFolder(dir_.path()), 0);
   ASSERT_EQ(FolderEntries().size(), 1u);
   EXPECT_NEAR(FolderEntries()[0].modify_date, date, 1e-9);
-  // Only a creation date: reported as done, the file is unchanged.
+  // Only a creation date: nothing POSIX can hold is set, so it is reported
+  // as done when the file is there, read-only or not.
+  ASSERT_EQ(chmod(dir_.Join("f").c_str(), 0444), 0);
   EXPECT_TRUE(SetCreationTime(dir_.Join("f"), date + 1));
+  EXPECT_FALSE(SetCreationTime(dir_.Join("missing"), date + 1));
 }
 
 TEST_F(FileSystemTest, SetCreationTimeFailsWhenTheFileCannotBeOpened) {

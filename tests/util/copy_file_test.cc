@@ -1,0 +1,452 @@
+// The file-system steps a run performs, on real files: copying a file over
+// another, clearing the read-only attribute and creating folders with the
+// reason of a failure.
+#include <dirent.h>
+#include <errno.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <ctime>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "support/immutable_guard.h"
+#include "support/temp_dir.h"
+#include "util/file_system.h"
+
+namespace pairwell {
+namespace {
+
+constexpr std::int64_t kOldTime = 1600000000;  // 2020-09-13
+constexpr std::int64_t kNewTime = 1700000000;  // 2023-11-14
+
+void Put(const std::string& path, const std::string& content,
+         std::int64_t seconds, long nanoseconds = 0, mode_t mode = 0644) {
+  {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << content;
+    ASSERT_TRUE(out.good()) << path;
+  }
+  ASSERT_EQ(chmod(path.c_str(), mode), 0) << path;
+  const struct timespec times[2] = {
+      {0, UTIME_OMIT}, {static_cast<time_t>(seconds), nanoseconds}};
+  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
+}
+
+std::string Read(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream content;
+  content << in.rdbuf();
+  return content.str();
+}
+
+bool Exists(const std::string& path) {
+  struct stat st;
+  return lstat(path.c_str(), &st) == 0;
+}
+
+struct stat StatOf(const std::string& path) {
+  struct stat st = {};
+  EXPECT_EQ(stat(path.c_str(), &st), 0) << path;
+  return st;
+}
+
+mode_t ModeOf(const std::string& path) { return StatOf(path).st_mode & 07777; }
+
+// Bytes, modification time (to the nanosecond) and permission bits.
+struct FileState {
+  std::string content;
+  std::int64_t seconds = 0;
+  long nanoseconds = 0;
+  mode_t mode = 0;
+
+  bool operator==(const FileState& other) const {
+    return content == other.content && seconds == other.seconds &&
+           nanoseconds == other.nanoseconds && mode == other.mode;
+  }
+};
+
+std::ostream& operator<<(std::ostream& out, const FileState& state) {
+  const std::string shown = state.content.size() > 40
+                                ? state.content.substr(0, 40) + "..."
+                                : state.content;
+  return out << "{\"" << shown << "\" (" << state.content.size() << " bytes), "
+             << state.seconds << "." << state.nanoseconds << ", mode 0"
+             << std::oct << state.mode << std::dec << "}";
+}
+
+FileState StateOf(const std::string& path) {
+  FileState state;
+  struct stat st;
+  if (stat(path.c_str(), &st) != 0) return state;
+  state.content = Read(path);
+  state.seconds = st.st_mtim.tv_sec;
+  state.nanoseconds = st.st_mtim.tv_nsec;
+  state.mode = st.st_mode & 07777;
+  return state;
+}
+
+// The folder's entries, sorted.
+std::vector<std::string> Entries(const std::string& folder) {
+  std::vector<std::string> names;
+  DIR* dir = opendir(folder.c_str());
+  if (dir == nullptr) return names;
+  while (const struct dirent* entry = readdir(dir)) {
+    const std::string name = entry->d_name;
+    if (name != "." && name != "..") names.push_back(name);
+  }
+  closedir(dir);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::vector<std::string> PartialFiles(const std::string& folder) {
+  std::vector<std::string> found;
+  for (const std::string& name : Entries(folder)) {
+    if (name.rfind(kPartialCopyPrefix, 0) == 0) found.push_back(name);
+  }
+  return found;
+}
+
+// Bytes that repeat only every 251 positions, so that a shifted or
+// truncated block shows.
+std::string Pattern(std::size_t size) {
+  std::string bytes(size, '\0');
+  for (std::size_t i = 0; i < size; ++i) {
+    bytes[i] = static_cast<char>((i * 7 + i / 251) % 251);
+  }
+  return bytes;
+}
+
+// Lowers the largest file the process may write, so that writing a copy
+// fails half-way with EFBIG (root is bound by it too). SIGXFSZ is ignored
+// while the limit holds.
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) {
+    getrlimit(RLIMIT_FSIZE, &saved_);
+    old_handler_ = signal(SIGXFSZ, SIG_IGN);
+    struct rlimit limit = saved_;
+    limit.rlim_cur = bytes;
+    active_ = setrlimit(RLIMIT_FSIZE, &limit) == 0;
+  }
+  ~FileSizeLimit() {
+    setrlimit(RLIMIT_FSIZE, &saved_);
+    signal(SIGXFSZ, old_handler_);
+  }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  bool active() const { return active_; }
+
+ private:
+  struct rlimit saved_;
+  void (*old_handler_)(int) = SIG_DFL;
+  bool active_ = false;
+};
+
+class CopyFileTest : public ::testing::Test {
+ protected:
+  TempDir tmp_;
+};
+
+// --- CopyFileReplacing ------------------------------------------------------
+
+TEST_F(CopyFileTest, NewCopyKeepsBytesModificationTimeAndMode) {
+  const std::string source = tmp_.Join("source.txt");
+  const std::string dest = tmp_.Join("copy.txt");
+  Put(source, std::string("some bytes\0with a zero\n", 23), kNewTime, 123456789,
+      0751);
+
+  ASSERT_EQ(CopyFileReplacing(source, dest), 0);
+
+  EXPECT_EQ(StateOf(dest), StateOf(source));
+  EXPECT_EQ(StateOf(dest).nanoseconds, 123456789);
+  EXPECT_EQ(ModeOf(dest), 0751u);
+  EXPECT_EQ(Entries(tmp_.path()),
+            (std::vector<std::string>{"copy.txt", "source.txt"}));
+}
+
+TEST_F(CopyFileTest, ModeIsTakenExactlyWhateverTheProcessUmask) {
+  const std::string source = tmp_.Join("source.txt");
+  const std::string dest = tmp_.Join("copy.txt");
+  Put(source, "x", kNewTime, 0, 0666);
+  const mode_t saved = umask(077);
+
+  const int result = CopyFileReplacing(source, dest);
+  umask(saved);
+
+  ASSERT_EQ(result, 0);
+  EXPECT_EQ(ModeOf(dest), 0666u);
+}
+
+TEST_F(CopyFileTest, ReplacesAnExistingFileWhole) {
+  const std::string source = tmp_.Join("source.txt");
+  const std::string dest = tmp_.Join("dest.txt");
+  Put(source, "short", kNewTime, 5, 0640);
+  Put(dest, "a much longer old destination", kOldTime, 0, 0600);
+
+  ASSERT_EQ(CopyFileReplacing(source, dest), 0);
+
+  EXPECT_EQ(StateOf(dest), StateOf(source));
+  EXPECT_EQ(Read(dest), "short");
+  EXPECT_TRUE(PartialFiles(tmp_.path()).empty());
+}
+
+TEST_F(CopyFileTest, ReplacesARenamedNewFileSoOtherLinksKeepTheOldBytes) {
+  const std::string source = tmp_.Join("source.txt");
+  const std::string dest = tmp_.Join("dest.txt");
+  const std::string other_link = tmp_.Join("link.txt");
+  Put(source, "new bytes", kNewTime);
+  Put(dest, "old bytes", kOldTime);
+  ASSERT_EQ(link(dest.c_str(), other_link.c_str()), 0);
+
+  ASSERT_EQ(CopyFileReplacing(source, dest), 0);
+
+  EXPECT_EQ(Read(dest), "new bytes");
+  EXPECT_EQ(Read(other_link), "old bytes");
+}
+
+TEST_F(CopyFileTest, ReadOnlySourceGivesAReadOnlyCopyOverAReadOnlyFile) {
+  const std::string source = tmp_.Join("source.txt");
+  const std::string dest = tmp_.Join("dest.txt");
+  Put(source, "locked new", kNewTime, 0, 0444);
+  Put(dest, "locked old", kOldTime, 0, 0444);
+
+  ASSERT_EQ(CopyFileReplacing(source, dest), 0);
+
+  EXPECT_EQ(StateOf(dest), StateOf(source));
+}
+
+TEST_F(CopyFileTest, EmptySourceGivesAnEmptyCopy) {
+  const std::string source = tmp_.Join("empty");
+  const std::string dest = tmp_.Join("dest");
+  Put(source, "", kNewTime, 1);
+  Put(dest, "not empty", kOldTime);
+
+  ASSERT_EQ(CopyFileReplacing(source, dest), 0);
+
+  EXPECT_EQ(StateOf(dest), StateOf(source));
+}
+
+TEST_F(CopyFileTest, IntoAMissingFolderFailsWithENOENTAndLeavesNothing) {
+  const std::string source = tmp_.Join("source.txt");
+  Put(source, "bytes", kNewTime);
+
+  EXPECT_EQ(CopyFileReplacing(source, tmp_.Join("missing/dest.txt")), ENOENT);
+
+  EXPECT_FALSE(Exists(tmp_.Join("missing")));
+  EXPECT_EQ(Entries(tmp_.path()), std::vector<std::string>{"source.txt"});
+}
+
+TEST_F(CopyFileTest, MissingSourceFailsWithENOENTAndKeepsTheDestination) {
+  const std::string dest = tmp_.Join("dest.txt");
+  Put(dest, "kept", kOldTime, 9);
+  const FileState before = StateOf(dest);
+
+  EXPECT_EQ(CopyFileReplacing(tmp_.Join("gone.txt"), dest), ENOENT);
+
+  EXPECT_EQ(StateOf(dest), before);
+  EXPECT_EQ(Entries(tmp_.path()), std::vector<std::string>{"dest.txt"});
+}
+
+TEST_F(CopyFileTest, OntoItselfFailsWithEINVALAndKeepsTheFile) {
+  const std::string path = tmp_.Join("self.txt");
+  Put(path, "precious", kNewTime, 77, 0640);
+  const FileState before = StateOf(path);
+
+  EXPECT_EQ(CopyFileReplacing(path, path), EINVAL);
+
+  EXPECT_EQ(StateOf(path), before);
+  EXPECT_EQ(Entries(tmp_.path()), std::vector<std::string>{"self.txt"});
+}
+
+TEST_F(CopyFileTest, OntoAnotherNameOfTheSameFileFailsWithEINVAL) {
+  const std::string path = tmp_.Join("self.txt");
+  const std::string hard_link = tmp_.Join("other-name.txt");
+  Put(path, "precious", kNewTime, 77);
+  ASSERT_EQ(link(path.c_str(), hard_link.c_str()), 0);
+  ASSERT_EQ(mkdir(tmp_.Join("real").c_str(), 0755), 0);
+  ASSERT_EQ(symlink(tmp_.path().c_str(), tmp_.Join("real/alias").c_str()), 0);
+  const FileState before = StateOf(path);
+
+  EXPECT_EQ(CopyFileReplacing(path, hard_link), EINVAL);
+  EXPECT_EQ(CopyFileReplacing(path, tmp_.Join("real/alias/self.txt")), EINVAL);
+
+  EXPECT_EQ(StateOf(path), before);
+  EXPECT_EQ(StatOf(path).st_nlink, 2u);
+  EXPECT_TRUE(PartialFiles(tmp_.path()).empty());
+}
+
+TEST_F(CopyFileTest, FolderAsSourceFailsWithEISDIR) {
+  ASSERT_EQ(mkdir(tmp_.Join("folder").c_str(), 0755), 0);
+
+  EXPECT_EQ(CopyFileReplacing(tmp_.Join("folder"), tmp_.Join("dest")), EISDIR);
+
+  EXPECT_FALSE(Exists(tmp_.Join("dest")));
+  EXPECT_TRUE(PartialFiles(tmp_.path()).empty());
+}
+
+TEST_F(CopyFileTest, FolderAsDestinationFailsAndRemovesTheTemporaryFile) {
+  const std::string source = tmp_.Join("source.txt");
+  Put(source, "bytes", kNewTime);
+  ASSERT_EQ(mkdir(tmp_.Join("folder").c_str(), 0755), 0);
+
+  EXPECT_NE(CopyFileReplacing(source, tmp_.Join("folder")), 0);
+
+  EXPECT_TRUE(Entries(tmp_.Join("folder")).empty());
+  EXPECT_EQ(Entries(tmp_.path()),
+            (std::vector<std::string>{"folder", "source.txt"}));
+}
+
+TEST_F(CopyFileTest, ImmutableDestinationFolderFailsWithEPERM) {
+  const std::string source = tmp_.Join("source.txt");
+  ASSERT_EQ(mkdir(tmp_.Join("locked").c_str(), 0755), 0);
+  const std::string dest = tmp_.Join("locked/dest.txt");
+  Put(source, "new", kNewTime);
+  Put(dest, "old destination", kOldTime, 3);
+  const FileState before = StateOf(dest);
+  ImmutableGuard guard(tmp_.Join("locked"));
+  if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
+
+  EXPECT_EQ(CopyFileReplacing(source, dest), EPERM);
+
+  EXPECT_EQ(StateOf(dest), before);
+  EXPECT_EQ(Entries(tmp_.Join("locked")), std::vector<std::string>{"dest.txt"});
+}
+
+TEST_F(CopyFileTest, CopyFailingHalfWayLeavesTheOldDestinationAndNoTrace) {
+  const std::string source = tmp_.Join("big.bin");
+  const std::string dest = tmp_.Join("dest.bin");
+  Put(source, Pattern(4 << 20), kNewTime);
+  Put(dest, "old destination", kOldTime, 5, 0600);
+  const FileState before = StateOf(dest);
+  int result = 0;
+  {
+    FileSizeLimit limit(1 << 20);
+    if (!limit.active()) GTEST_SKIP() << "setrlimit refused";
+    result = CopyFileReplacing(source, dest);
+  }
+
+  EXPECT_EQ(result, EFBIG);
+  EXPECT_EQ(StateOf(dest), before);
+  EXPECT_EQ(Entries(tmp_.path()),
+            (std::vector<std::string>{"big.bin", "dest.bin"}));
+}
+
+TEST_F(CopyFileTest, LargeFileIsCopiedByteForByte) {
+  const std::string source = tmp_.Join("large.bin");
+  const std::string dest = tmp_.Join("copy.bin");
+  const std::string bytes = Pattern((5 << 20) + 12345);
+  Put(source, bytes, kNewTime, 500000000);
+  Put(dest, "old", kOldTime);
+
+  ASSERT_EQ(CopyFileReplacing(source, dest), 0);
+
+  EXPECT_EQ(StatOf(dest).st_size, static_cast<off_t>(bytes.size()));
+  EXPECT_TRUE(Read(dest) == bytes) << "the copy's bytes differ";
+  EXPECT_EQ(StatOf(dest).st_mtim.tv_nsec, 500000000);
+}
+
+TEST_F(CopyFileTest, SparseFileIsCopiedWithItsHolesReadAsZeros) {
+  const std::string source = tmp_.Join("sparse.bin");
+  const std::string dest = tmp_.Join("copy.bin");
+  const off_t size = 6 << 20;
+  {
+    const int fd = open(source.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    ASSERT_GE(fd, 0);
+    ASSERT_EQ(ftruncate(fd, size), 0);
+    ASSERT_EQ(pwrite(fd, "head", 4, 0), 4);
+    ASSERT_EQ(pwrite(fd, "middle", 6, 3 << 20), 6);
+    ASSERT_EQ(pwrite(fd, "tail", 4, size - 4), 4);
+    close(fd);
+  }
+  const struct timespec times[2] = {{0, UTIME_OMIT}, {kNewTime, 1}};
+  ASSERT_EQ(utimensat(AT_FDCWD, source.c_str(), times, 0), 0);
+
+  ASSERT_EQ(CopyFileReplacing(source, dest), 0);
+
+  const std::string copied = Read(dest);
+  ASSERT_EQ(copied.size(), static_cast<std::size_t>(size));
+  EXPECT_TRUE(copied == Read(source)) << "the copy's bytes differ";
+  EXPECT_EQ(copied.substr(0, 4), "head");
+  EXPECT_EQ(copied.substr(3 << 20, 6), "middle");
+  EXPECT_EQ(copied.substr(size - 4), "tail");
+  EXPECT_EQ(copied[1 << 20], '\0');
+  EXPECT_EQ(StateOf(dest).nanoseconds, 1);
+}
+
+// --- ClearReadOnly ----------------------------------------------------------
+
+TEST_F(CopyFileTest, ClearReadOnlyGivesTheOwnerWriteOnly) {
+  const std::string path = tmp_.Join("locked.txt");
+  Put(path, "bytes", kOldTime, 0, 0444);
+
+  EXPECT_EQ(ClearReadOnly(path), 0);
+
+  EXPECT_EQ(ModeOf(path), 0644u);
+  EXPECT_EQ(Read(path), "bytes");
+}
+
+TEST_F(CopyFileTest, ClearReadOnlyKeepsTheOtherBits) {
+  const std::string path = tmp_.Join("tool");
+  Put(path, "bytes", kOldTime, 0, 0555);
+  EXPECT_EQ(ClearReadOnly(path), 0);
+  EXPECT_EQ(ModeOf(path), 0755u);
+
+  const std::string writable = tmp_.Join("writable");
+  Put(writable, "bytes", kOldTime, 0, 0640);
+  EXPECT_EQ(ClearReadOnly(writable), 0);
+  EXPECT_EQ(ModeOf(writable), 0640u);
+}
+
+TEST_F(CopyFileTest, ClearReadOnlyOfAMissingFileFailsWithENOENT) {
+  EXPECT_EQ(ClearReadOnly(tmp_.Join("missing")), ENOENT);
+}
+
+// --- MakeDirectoryError -----------------------------------------------------
+
+TEST_F(CopyFileTest, MakeDirectoryErrorCreatesMissingLevels) {
+  const std::string deep = tmp_.Join("one/two/three");
+
+  EXPECT_EQ(MakeDirectoryError(deep), 0);
+
+  EXPECT_TRUE(FolderExists(deep));
+  EXPECT_EQ(MakeDirectoryError(deep), 0);  // already there
+}
+
+TEST_F(CopyFileTest, MakeDirectoryErrorUnderARegularFileIsENOTDIR) {
+  Put(tmp_.Join("file"), "not a folder", kOldTime);
+
+  EXPECT_EQ(MakeDirectoryError(tmp_.Join("file/sub")), ENOTDIR);
+  EXPECT_EQ(MakeDirectoryError(tmp_.Join("file/sub/deeper")), ENOTDIR);
+
+  EXPECT_EQ(Read(tmp_.Join("file")), "not a folder");
+}
+
+TEST_F(CopyFileTest, MakeDirectoryErrorInAnImmutableFolderIsEPERM) {
+  ASSERT_EQ(mkdir(tmp_.Join("locked").c_str(), 0755), 0);
+  ImmutableGuard guard(tmp_.Join("locked"));
+  if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
+
+  EXPECT_EQ(MakeDirectoryError(tmp_.Join("locked/sub/deeper")), EPERM);
+
+  EXPECT_TRUE(Entries(tmp_.Join("locked")).empty());
+}
+
+TEST_F(CopyFileTest, MakeDirectoryErrorWithoutAnyParentIsENOENT) {
+  EXPECT_EQ(MakeDirectoryError("//pairwell-no-server/share/folder"), ENOENT);
+  EXPECT_FALSE(Exists("/pairwell-no-server"));
+}
+
+}  // namespace
+}  // namespace pairwell
