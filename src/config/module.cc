@@ -36,6 +36,19 @@ bool IsSetSection(const std::string& section_name) {
   return UpperCase(section_name.substr(0, 4)) == "SEC:";
 }
 
+// The section of the named set in a store read straight from the file.
+std::shared_ptr<INIFileSection> FindSetSection(const INIFile& ini,
+                                               const std::string& name) {
+  for (long i = 1; i <= ini.SecCount(); ++i) {
+    const std::shared_ptr<INIFileSection> section = ini.SectionI(i);
+    if (IsSetSection(section->SecName) &&
+        EqualsNoCase(LTrim(section->SecName.substr(4)), name)) {
+      return section;
+    }
+  }
+  return nullptr;
+}
+
 void ApplySwitch(const std::string& arg) {
   const std::string name = UpperCase(arg.substr(1));
   if (name == "Q") {
@@ -63,28 +76,12 @@ std::string GetINIPath() {
   return CombinePath(ExecutableFolder(), std::string(kAppTitle) + ".ini");
 }
 
-namespace {
-
-// The section of the named set in a store read straight from the file.
-std::shared_ptr<INIFileSection> FindSetSection(const INIFile& ini,
-                                               const std::string& name) {
-  for (long i = 1; i <= ini.SecCount(); ++i) {
-    const std::shared_ptr<INIFileSection> section = ini.SectionI(i);
-    if (IsSetSection(section->SecName) &&
-        EqualsNoCase(LTrim(section->SecName.substr(4)), name)) {
-      return section;
-    }
-  }
-  return nullptr;
-}
-
-}  // namespace
-
 bool SaveLastSyncDates(const std::vector<const Synchronizer*>& sets) {
   INIFile on_disk;
   const std::string path = GetINIPath();
   if (!on_disk.LoadFile(path)) return false;
   bool ok = true;
+  bool changed = false;
   for (const Synchronizer* set : sets) {
     const std::shared_ptr<INIFileSection> section =
         FindSetSection(on_disk, set->Name);
@@ -95,8 +92,10 @@ bool SaveLastSyncDates(const std::vector<const Synchronizer*>& sets) {
       ok = false;
     } else if (set->LastSyncDate > 0) {
       section->AddVar("LastSyncDate", FormatGeneralDate(set->LastSyncDate));
+      changed = true;
     }
   }
+  if (!changed) return ok;
   try {
     on_disk.SaveFile(path);
   } catch (const std::system_error& error) {

@@ -12,6 +12,7 @@
 
 #include "support/recording_user_interface.h"
 #include "support/temp_dir.h"
+#include "support/test_dates.h"
 #include "util/date_time.h"
 #include "util/system.h"
 
@@ -435,6 +436,45 @@ TEST_F(ModuleTest, ClearLogIfOldIgnoresTheFailureToDeleteAFolder) {
 
 TEST_F(ModuleTest, RelativeLogNamesAreTakenBesideTheConfiguration) {
   EXPECT_EQ(ConfigFolder(), dir_.path());
+}
+
+TEST_F(ModuleTest, SaveLastSyncDatesChangesOnlyThatKeyOnDisk) {
+  StartWith("[Conflict Types]\r\n[SEC:Docs]\r\nDir1=/a\r\n[Sec: Other]\r\n");
+  // Meanwhile somebody edits the file.
+  const std::string edited =
+      ";edited\r\n\r\n[Conflict Types]\r\n\r\n[SEC:Docs]\r\nDir1=/b\r\n"
+      "LastSyncDate=2020-01-01 00:00:00\r\n;note\r\n\r\n[Sec: Other]\r\n\r\n";
+  dir_.WriteFile("Pairwell.ini", edited);
+  Synchronizer& docs = SyncSets().Item(1);
+  docs.LastSyncDate = MakeDate(2026, 11, 2, 15, 4, 5);
+  EXPECT_TRUE(SaveLastSyncDates({&docs}));
+  std::string expected = edited;
+  expected.replace(expected.find("2020-01-01 00:00:00"), 19,
+                   "2026-11-02 15:04:05");
+  EXPECT_EQ(dir_.ReadFile("Pairwell.ini"), expected);
+  EXPECT_TRUE(ui_.messages.empty());
+}
+
+TEST_F(ModuleTest, SaveLastSyncDatesTellsWhenASetIsGone) {
+  StartWith("[Conflict Types]\r\n[Sec: Docs]\r\n");
+  dir_.WriteFile("Pairwell.ini", "[Conflict Types]\r\n\r\n");
+  SyncSets().Item(1).LastSyncDate = 45000;
+  EXPECT_FALSE(SaveLastSyncDates({&SyncSets().Item(1)}));
+  EXPECT_EQ(ui_.Texts(),
+            (std::vector<std::string>{
+                "The set 'Docs' is no longer in " + ini_path() +
+                "; its last synchronization date was not saved."}));
+  // Nothing to write: the file is left as it was.
+  EXPECT_EQ(dir_.ReadFile("Pairwell.ini"), "[Conflict Types]\r\n\r\n");
+}
+
+TEST_F(ModuleTest, SaveLastSyncDatesOfAMissingFileChangesNothing) {
+  StartWith("[Conflict Types]\r\n[Sec: Docs]\r\n");
+  unlink(ini_path().c_str());
+  SyncSets().Item(1).LastSyncDate = 45000;
+  EXPECT_FALSE(SaveLastSyncDates({&SyncSets().Item(1)}));
+  EXPECT_FALSE(dir_.Exists("Pairwell.ini"));
+  ASSERT_EQ(ui_.messages.size(), 1u);
 }
 
 TEST(GetINIPathTest, EnvironmentVariableWinsElseBesideTheExecutable) {
