@@ -60,7 +60,7 @@ int ConsoleUserInterface::Answer(int style) const {
 
 int ConsoleUserInterface::MessageBox(const std::string& text, int style,
                                      const std::string& caption) {
-  ClearProgress();
+  FlushLog();
   ++message_count_;
   const int answer = Answer(style);
   const bool question = (style & kMbButtonsMask) != kMbOkOnly;
@@ -71,6 +71,7 @@ int ConsoleUserInterface::MessageBox(const std::string& text, int style,
 
 void ConsoleUserInterface::ShowStatus(const std::string& text) {
   if (!options_.show_progress) return;
+  std::fflush(stdout);
   std::fprintf(stderr, "\r\033[K%.100s", text.c_str());
   std::fflush(stderr);
   progress_shown_ = true;
@@ -81,9 +82,13 @@ void ConsoleUserInterface::ShowProgress(const std::string& caption) {
   std::fprintf(options_.log_stream, "== %s\n", caption.c_str());
 }
 
-void ConsoleUserInterface::ClearProgress() {
+void ConsoleUserInterface::FlushLog() {
   // Log lines on stdout come before what stderr says next.
   std::fflush(stdout);
+  ClearProgress();
+}
+
+void ConsoleUserInterface::ClearProgress() {
   if (!progress_shown_) return;
   std::fprintf(stderr, "\r\033[K");
   progress_shown_ = false;
@@ -96,7 +101,7 @@ void ConsoleUserInterface::AppendText(const std::string& text) {
 
 bool ConsoleUserInterface::ConfirmActions(Synchronizer& set) {
   if (options_.assume_yes) return true;
-  ClearProgress();
+  FlushLog();
   confirmation_refused_ = true;
   std::fprintf(stderr,
                "Pairwell: these files of '%s' need confirmation; nothing was "

@@ -54,6 +54,9 @@ class ConsoleUserInterface final : public UserInterface, LogEchoTarget {
  private:
   int Answer(int style) const;
   void ClearProgress();
+  // Writes out pending log lines and clears the progress line, before
+  // something is said on stderr.
+  void FlushLog();
 
   ConsoleOptions options_;
   bool progress_shown_ = false;

@@ -225,6 +225,7 @@ int CopyBytes(int in, int out, std::int64_t size) {
     if (n < 0) return errno;
     if (n == 0) return 0;  // the source got shorter meanwhile
     copied += n;
+    if (copied == size) return 0;  // what the source held when opened
   }
   char buffer[1 << 16];
   for (;;) {

@@ -1,13 +1,31 @@
 // Runs the built pairwell-cli on real folders.
+#include <dirent.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <time.h>
+#include <unistd.h>
 
 #include <array>
+#include <chrono>
+#include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <map>
+#include <memory>
+#include <random>
+#include <sstream>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "support/temp_dir.h"
+
+extern char** environ;
 
 namespace pairwell {
 namespace {
@@ -17,6 +35,198 @@ struct Result {
   std::string out;
   std::string err;
 };
+
+// One entry of a folder tree as a run could change it.
+struct EntryState {
+  bool is_folder = false;
+  std::string bytes;
+  std::int64_t mtime_ns = 0;
+  mode_t mode = 0;
+
+  bool operator==(const EntryState& other) const {
+    return is_folder == other.is_folder && bytes == other.bytes &&
+           mtime_ns == other.mtime_ns && mode == other.mode;
+  }
+};
+
+// Relative path -> state, for every file and folder under root (root's own
+// entry is "." so that a new entry in it shows as a changed date).
+using TreeState = std::map<std::string, EntryState>;
+
+std::string ReadWholeFile(const std::string& path) {
+  std::FILE* in = std::fopen(path.c_str(), "rb");
+  if (in == nullptr) return std::string();
+  std::string text;
+  std::array<char, 65536> buffer;
+  for (std::size_t n; (n = std::fread(buffer.data(), 1, buffer.size(), in));) {
+    text.append(buffer.data(), n);
+  }
+  std::fclose(in);
+  return text;
+}
+
+EntryState StateOf(const std::string& path) {
+  EntryState state;
+  struct stat st;
+  if (lstat(path.c_str(), &st) != 0) return state;
+  state.is_folder = S_ISDIR(st.st_mode);
+  state.mtime_ns = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 +
+                   st.st_mtim.tv_nsec;
+  state.mode = st.st_mode & 07777;
+  if (!state.is_folder) state.bytes = ReadWholeFile(path);
+  return state;
+}
+
+TreeState Snapshot(const std::string& root) {
+  TreeState tree;
+  tree["."] = StateOf(root);
+  for (const auto& entry :
+       std::filesystem::recursive_directory_iterator(root)) {
+    const std::string path = entry.path().string();
+    tree[path.substr(root.size() + 1)] = StateOf(path);
+  }
+  return tree;
+}
+
+// The file names of a tree, folders marked with a trailing "/".
+std::string Listing(const TreeState& tree) {
+  std::string text;
+  for (const auto& [name, state] : tree) {
+    text += name + (state.is_folder ? "/\n" : "\n");
+  }
+  return text;
+}
+
+// Sets a file's modification (and access) time to seconds before now.
+void SetAge(const std::string& path, int seconds) {
+  struct timespec now;
+  clock_gettime(CLOCK_REALTIME, &now);
+  const struct timespec times[2] = {{now.tv_sec - seconds, 0},
+                                    {now.tv_sec - seconds, 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
+}
+
+// "YYYY-MM-DD HH:MM:SS" in local time, seconds before now: the way a set
+// records its last sync.
+std::string LocalDateText(int seconds_ago) {
+  const time_t when = time(nullptr) - seconds_ago;
+  struct tm local;
+  localtime_r(&when, &local);
+  char text[32];
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local);
+  return text;
+}
+
+// The lines of a CR LF text; a line ending in a bare LF keeps its LF so
+// that a comparison shows it.
+std::vector<std::string> CrLfLines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::string::size_type start = 0;
+  for (std::string::size_type end;
+       (end = text.find("\r\n", start)) != std::string::npos; start = end + 2) {
+    lines.push_back(text.substr(start, end - start));
+  }
+  if (start < text.size()) lines.push_back(text.substr(start));
+  return lines;
+}
+
+bool IsLastSyncLine(const std::string& line) {
+  return line.rfind("LastSyncDate=", 0) == 0;
+}
+
+// The value of the LastSyncDate key in the section headed `header`; "" when
+// the section has none.
+std::string LastSyncIn(const std::string& ini, const std::string& header) {
+  bool inside = false;
+  for (const std::string& line : CrLfLines(ini)) {
+    if (!line.empty() && line[0] == '[') inside = line == header;
+    if (inside && IsLastSyncLine(line)) return line.substr(13);
+  }
+  return std::string();
+}
+
+bool LooksLikeSyncDate(const std::string& text) {
+  if (text.size() != 19) return false;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    const bool ok = (i == 4 || i == 7)     ? c == '-'
+                    : i == 10              ? c == ' '
+                    : (i == 13 || i == 16) ? c == ':'
+                                           : (c >= '0' && c <= '9');
+    if (!ok) return false;
+  }
+  return true;
+}
+
+// Lines of out that start with prefix, in order.
+std::vector<std::string> LinesStartingWith(const std::string& out,
+                                           const std::string& prefix) {
+  std::vector<std::string> found;
+  std::istringstream lines(out);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.rfind(prefix, 0) == 0) found.push_back(line);
+  }
+  return found;
+}
+
+// Makes a folder immutable (chattr +i) while the object lives: the tests run
+// as root, which permission bits do not stop.
+class Immutable {
+ public:
+  explicit Immutable(std::string path) : path_(std::move(path)) {
+    active_ =
+        std::system(("chattr +i '" + path_ + "' 2>/dev/null").c_str()) == 0;
+  }
+  ~Immutable() {
+    if (active_) std::system(("chattr -i '" + path_ + "' 2>/dev/null").c_str());
+  }
+  Immutable(const Immutable&) = delete;
+  Immutable& operator=(const Immutable&) = delete;
+  bool active() const { return active_; }
+
+ private:
+  std::string path_;
+  bool active_ = false;
+};
+
+// Writes size bytes of non-repeating-looking data that occupy real blocks.
+bool WriteBigFile(const std::string& path, std::int64_t size) {
+  std::vector<std::uint32_t> block(1 << 20);  // 4 MiB
+  std::mt19937 random(12345);
+  for (std::uint32_t& word : block) word = random();
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  if (fd < 0) return false;
+  const std::int64_t block_bytes =
+      static_cast<std::int64_t>(block.size() * sizeof block[0]);
+  bool ok = true;
+  for (std::int64_t written = 0; ok && written < size; written += block_bytes) {
+    // Each block differs a little, so no two blocks are equal.
+    block[0] = static_cast<std::uint32_t>(written / block_bytes);
+    const char* data = reinterpret_cast<const char*>(block.data());
+    for (std::int64_t done = 0; ok && done < block_bytes;) {
+      const ssize_t n =
+          write(fd, data + done, static_cast<std::size_t>(block_bytes - done));
+      ok = n > 0;
+      done += n;
+    }
+  }
+  return close(fd) == 0 && ok;
+}
+
+// The name of a leftover temporary copy in folder; "" when there is none.
+std::string FindPartialCopy(const std::string& folder) {
+  DIR* dir = opendir(folder.c_str());
+  if (dir == nullptr) return std::string();
+  std::string found;
+  while (const struct dirent* d = readdir(dir)) {
+    if (std::string(d->d_name).rfind(".pairwell-partial-", 0) == 0) {
+      found = d->d_name;
+      break;
+    }
+  }
+  closedir(dir);
+  return found;
+}
 
 class CliTest : public ::testing::Test {
  protected:
@@ -56,6 +266,52 @@ class CliTest : public ::testing::Test {
     result.out = dir_.ReadFile("out");
     result.err = dir_.ReadFile("err");
     return result;
+  }
+
+  // Starts pairwell-cli with the test configuration and the given arguments
+  // in the background, its output going to the files "out" and "err".
+  pid_t Start(const std::vector<std::string>& args) {
+    std::vector<std::string> words = {PAIRWELL_CLI_PATH, "--ini",
+                                      dir_.Join("p.ini")};
+    words.insert(words.end(), args.begin(), args.end());
+    std::vector<char*> argv;
+    for (std::string& word : words) argv.push_back(&word[0]);
+    argv.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO,
+                                     dir_.Join("out").c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO,
+                                     dir_.Join("err").c_str(),
+                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    pid_t pid = -1;
+    if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) !=
+        0) {
+      pid = -1;
+    }
+    posix_spawn_file_actions_destroy(&actions);
+    return pid;
+  }
+
+  // A set section over the named folders of the temporary folder, with extra
+  // lines ("Key=Value\r\n") after them.
+  std::string SetOver(const std::string& name,
+                      const std::vector<std::string>& folders,
+                      const std::string& extra = "") {
+    std::string text = "[Sec: " + name + "]\r\n";
+    for (std::size_t i = 0; i < folders.size(); ++i) {
+      text +=
+          "Dir" + std::to_string(i + 1) + "=" + dir_.Join(folders[i]) + "\r\n";
+    }
+    return text + extra;
+  }
+
+  // Writes a file of the temporary folder dated seconds before now.
+  void WriteAged(const std::string& name, const std::string& content,
+                 int seconds) {
+    dir_.WriteFile(name, content);
+    SetAge(dir_.Join(name), seconds);
   }
 
   TempDir dir_;
@@ -178,6 +434,530 @@ TEST_F(CliTest, HelpAndVersion) {
   r = Run("--version");
   EXPECT_EQ(r.exit_code, 0);
   EXPECT_EQ(r.out.rfind("pairwell-cli 3.", 0), 0u) << r.out;
+}
+
+TEST_F(CliTest, SecondSyncFindsNothingToDo) {
+  WriteAged("A/a.txt", "one", 3600);
+  WriteAged("A/sub/b.txt", "two", 3600);
+  WriteAged("B/c.txt", "three", 7200);
+  WriteIni(TwoFolderSet("Docs"));
+  Result r = Run("sync Docs");
+  ASSERT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(LinesStartingWith(r.out, "Copy ").size(), 3u) << r.out;
+  EXPECT_NE(r.out.find("Creating folder " + dir_.Join("B/sub") + "\n"),
+            std::string::npos)
+      << r.out;
+  EXPECT_NE(r.out.find("Sync actions completed - "), std::string::npos);
+
+  r = Run("sync Docs");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  // Not a terminal: no progress line, and nothing to ask.
+  EXPECT_EQ(r.err, "");
+  EXPECT_TRUE(LinesStartingWith(r.out, "Copy ").empty()) << r.out;
+  EXPECT_TRUE(LinesStartingWith(r.out, "Deleting ").empty()) << r.out;
+  EXPECT_TRUE(LinesStartingWith(r.out, "Creating folder ").empty()) << r.out;
+  EXPECT_NE(r.out.find("Sync actions completed - "), std::string::npos);
+
+  TreeState a = Snapshot(dir_.Join("A"));
+  TreeState b = Snapshot(dir_.Join("B"));
+  EXPECT_EQ(Listing(a), "./\na.txt\nc.txt\nsub/\nsub/b.txt\n");
+  EXPECT_EQ(Listing(a), Listing(b));
+  // Folder dates differ (each was written at its own moment); files must
+  // agree in bytes, dates and modes.
+  for (const auto& [name, state] : a) {
+    if (state.is_folder) continue;
+    EXPECT_TRUE(state == b[name]) << name;
+  }
+  EXPECT_EQ(b["c.txt"].bytes, "three");
+}
+
+TEST_F(CliTest, DeletionIsPropagatedOnTheNextRun) {
+  WriteAged("A/keep.txt", "keep", 3600);
+  WriteAged("A/sub/gone.txt", "gone", 3600);
+  WriteIni(TwoFolderSet("Docs"));
+  Result r = Run("sync Docs");
+  ASSERT_EQ(r.exit_code, 0) << r.err;
+  ASSERT_EQ(dir_.ReadFile("B/sub/gone.txt"), "gone");
+
+  ASSERT_EQ(std::remove(dir_.Join("A/sub/gone.txt").c_str()), 0);
+  r = Run("sync Docs");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(LinesStartingWith(r.out, "Deleting "),
+            std::vector<std::string>{"Deleting " + dir_.Join("B/sub/gone.txt")})
+      << r.out;
+  EXPECT_TRUE(LinesStartingWith(r.out, "Copy ").empty()) << r.out;
+  EXPECT_FALSE(dir_.Exists("B/sub/gone.txt"));
+  EXPECT_EQ(dir_.ReadFile("B/keep.txt"), "keep");
+  EXPECT_EQ(dir_.ReadFile("A/keep.txt"), "keep");
+}
+
+TEST_F(CliTest, ConflictStopsWithExitThreeUntilConfirmed) {
+  const std::string old_sync = "2020-01-02 03:04:05";
+  // Both copies changed since the last sync: a conflict to confirm. The
+  // second file alone would be copied without asking.
+  WriteAged("A/both.txt", "newer copy in A", 3600);
+  WriteAged("B/both.txt", "older in B", 7200);
+  WriteAged("A/only.txt", "only in A", 3600);
+  WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + old_sync + "\r\n");
+  const std::string ini_before = dir_.ReadFile("p.ini");
+  const TreeState a_before = Snapshot(dir_.Join("A"));
+  const TreeState b_before = Snapshot(dir_.Join("B"));
+
+  Result r = Run("sync Docs");
+  EXPECT_EQ(r.exit_code, 3) << r.out << r.err;
+  EXPECT_NE(r.err.find("Pairwell: these files of 'Docs' need confirmation; "
+                       "nothing was changed."),
+            std::string::npos)
+      << r.err;
+  EXPECT_NE(r.err.find("\n  both.txt  "), std::string::npos) << r.err;
+  EXPECT_EQ(r.err.find("only.txt"), std::string::npos) << r.err;
+  EXPECT_TRUE(LinesStartingWith(r.out, "Copy ").empty()) << r.out;
+  EXPECT_TRUE(Snapshot(dir_.Join("A")) == a_before);
+  EXPECT_TRUE(Snapshot(dir_.Join("B")) == b_before);
+  EXPECT_EQ(dir_.ReadFile("p.ini"), ini_before);
+
+  r = Run("sync --yes Docs");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_NE(r.out.find("Copy " + dir_.Join("B/both.txt") + " from " +
+                       dir_.Join("A/both.txt") + "\n"),
+            std::string::npos)
+      << r.out;
+  EXPECT_EQ(dir_.ReadFile("B/both.txt"), "newer copy in A");
+  EXPECT_EQ(dir_.ReadFile("A/both.txt"), "newer copy in A");
+  EXPECT_EQ(dir_.ReadFile("B/only.txt"), "only in A");
+  EXPECT_EQ(StateOf(dir_.Join("B/both.txt")).mtime_ns,
+            a_before.at("both.txt").mtime_ns);
+  const std::string saved = LastSyncIn(dir_.ReadFile("p.ini"), "[Sec: Docs]");
+  EXPECT_NE(saved, old_sync);
+  EXPECT_TRUE(LooksLikeSyncDate(saved)) << saved;
+}
+
+TEST_F(CliTest, SimulationChangesNothingAndLogsEveryAction) {
+  // Since a sync half an hour ago: one file new in A (in a new folder), one
+  // deleted from A, one changed in both (B's is newer), one unchanged.
+  WriteAged("A/same.txt", "same", 7200);
+  WriteAged("B/same.txt", "same", 7200);
+  WriteAged("A/new.txt", "new", 600);
+  WriteAged("A/sub/deep.txt", "deep", 600);
+  WriteAged("B/gone.txt", "gone", 7200);
+  WriteAged("A/both.txt", "A side", 600);
+  WriteAged("B/both.txt", "B side", 300);
+  WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + LocalDateText(1800) +
+           "\r\n");
+  SetAge(dir_.Join("A/sub"), 600);
+  SetAge(dir_.Join("A"), 600);
+  SetAge(dir_.Join("B"), 300);
+  const std::string ini_before = dir_.ReadFile("p.ini");
+  const TreeState a_before = Snapshot(dir_.Join("A"));
+  const TreeState b_before = Snapshot(dir_.Join("B"));
+
+  const Result r = Run("sync --simulate --yes Docs");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  const std::string a = dir_.Join("A");
+  const std::string b = dir_.Join("B");
+  EXPECT_NE(r.out.find("Creating folder " + b + "/sub\n"), std::string::npos)
+      << r.out;
+  EXPECT_NE(r.out.find("Copy " + b + "/new.txt from " + a + "/new.txt\n"),
+            std::string::npos)
+      << r.out;
+  EXPECT_NE(
+      r.out.find("Copy " + b + "/sub/deep.txt from " + a + "/sub/deep.txt\n"),
+      std::string::npos)
+      << r.out;
+  EXPECT_NE(r.out.find("Copy " + a + "/both.txt from " + b + "/both.txt\n"),
+            std::string::npos)
+      << r.out;
+  EXPECT_NE(r.out.find("Deleting " + b + "/gone.txt\n"), std::string::npos)
+      << r.out;
+  EXPECT_EQ(LinesStartingWith(r.out, "Copy ").size(), 3u) << r.out;
+  EXPECT_NE(r.out.find("Sync actions completed - "), std::string::npos);
+
+  EXPECT_TRUE(Snapshot(a) == a_before) << Listing(Snapshot(a));
+  EXPECT_TRUE(Snapshot(b) == b_before) << Listing(Snapshot(b));
+  EXPECT_EQ(dir_.ReadFile("p.ini"), ini_before);
+}
+
+TEST_F(CliTest, ReadOnlyDestinationNeedsOverwriteFlag) {
+  // Changed in A only since the last sync; B's copy is read-only.
+  const std::string last_sync = LocalDateText(1800);
+  WriteAged("A/r.txt", "new version", 600);
+  WriteAged("B/r.txt", "old", 7200);
+  ASSERT_EQ(chmod(dir_.Join("B/r.txt").c_str(), 0444), 0);
+  SetAge(dir_.Join("B/r.txt"), 7200);
+  const EntryState b_before = StateOf(dir_.Join("B/r.txt"));
+
+  WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + last_sync +
+           "\r\nDefActionFlags=8\r\n");
+  Result r = Run("sync Docs");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_TRUE(LinesStartingWith(r.out, "Copy ").empty()) << r.out;
+  EXPECT_TRUE(StateOf(dir_.Join("B/r.txt")) == b_before);
+
+  WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + last_sync +
+           "\r\nDefActionFlags=10\r\n");
+  r = Run("sync Docs");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(LinesStartingWith(r.out, "Copy "),
+            std::vector<std::string>{"Copy " + dir_.Join("B/r.txt") + " from " +
+                                     dir_.Join("A/r.txt")})
+      << r.out;
+  const EntryState after = StateOf(dir_.Join("B/r.txt"));
+  EXPECT_EQ(after.bytes, "new version");
+  EXPECT_EQ(after.mode, 0644u);  // the source's mode
+  EXPECT_EQ(after.mtime_ns, StateOf(dir_.Join("A/r.txt")).mtime_ns);
+}
+
+// A source A, an immutable B that no copy can enter, and a normal C.
+class FailingCopyTest : public CliTest {
+ protected:
+  void SetUp() override {
+    // No sub-folder: the first failure is then a copy, not a new folder.
+    rmdir(dir_.Join("A/sub").c_str());
+    mkdir(dir_.Join("C").c_str(), 0755);
+    for (const char* name : {"a.txt", "b.txt", "c.txt"}) {
+      WriteAged(std::string("A/") + name, name, 3600);
+    }
+    guard_ = std::make_unique<Immutable>(dir_.Join("B"));
+    if (!guard_->active()) GTEST_SKIP() << "chattr +i is not available here";
+  }
+  void TearDown() override { guard_.reset(); }
+
+  std::string Sets() {
+    return SetOver(
+        "Three", {"A", "B", "C"},
+        "UseLogFile=True\r\nLogFileName=" + dir_.Join("sync.log") + "\r\n");
+  }
+
+  std::unique_ptr<Immutable> guard_;
+};
+
+TEST_F(FailingCopyTest, DefaultAnswerAborts) {
+  WriteIni(Sets());
+  const Result r = Run("sync Three");
+  EXPECT_EQ(r.exit_code, 1) << r.out << r.err;
+  EXPECT_NE(r.err.find("Pairwell: Unable to perform the copy operation:"),
+            std::string::npos)
+      << r.err;
+  EXPECT_NE(r.err.find("\n  -> Abort\n"), std::string::npos) << r.err;
+  EXPECT_NE(r.out.find("Sync actions stopped - "), std::string::npos) << r.out;
+  // The run stopped at the first failure: nothing reached C.
+  EXPECT_EQ(Listing(Snapshot(dir_.Join("C"))), "./\n");
+  EXPECT_EQ(Listing(Snapshot(dir_.Join("B"))), "./\n");
+  EXPECT_EQ(LastSyncIn(dir_.ReadFile("p.ini"), "[Sec: Three]"), "");
+}
+
+TEST_F(FailingCopyTest, IgnoreErrorsGoesOnToTheOtherFolders) {
+  WriteIni(Sets());
+  const Result r = Run("sync --ignore-errors Three");
+  EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
+  EXPECT_NE(r.err.find("Pairwell: Unable to perform the copy operation:"),
+            std::string::npos)
+      << r.err;
+  EXPECT_NE(r.err.find("\n  -> Ignore\n"), std::string::npos) << r.err;
+  EXPECT_EQ(r.err.find("-> Abort"), std::string::npos) << r.err;
+  EXPECT_NE(r.out.find("Sync actions completed - "), std::string::npos);
+  for (const char* name : {"a.txt", "b.txt", "c.txt"}) {
+    EXPECT_EQ(dir_.ReadFile(std::string("C/") + name), name);
+  }
+  EXPECT_EQ(Listing(Snapshot(dir_.Join("B"))), "./\n");
+}
+
+TEST_F(FailingCopyTest, ErrorHandlingTableIgnoresWithoutAsking) {
+  // The catalogue ends with the [ErrorHandling] section: the key joins it.
+  // EPERM (1) is what an immutable folder refuses a new file with.
+  WriteIni("Code1=I ; immutable folders\r\n\r\n" + Sets());
+  const Result r = Run("sync Three");
+  EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
+  EXPECT_EQ(r.err.find("Unable to perform"), std::string::npos) << r.err;
+  EXPECT_EQ(r.err.find("  -> "), std::string::npos) << r.err;
+  // Automatic answers go to the log file only.
+  EXPECT_EQ(r.out.find("* The following error"), std::string::npos) << r.out;
+  const std::string log = dir_.ReadFile("sync.log");
+  const std::string::size_type at =
+      log.find("* The following error was ignored automatically: ");
+  ASSERT_NE(at, std::string::npos) << log;
+  EXPECT_NE(log.find("(code 1)", at), std::string::npos) << log;
+  for (const char* name : {"a.txt", "b.txt", "c.txt"}) {
+    EXPECT_EQ(dir_.ReadFile(std::string("C/") + name), name);
+  }
+}
+
+TEST_F(CliTest, InterruptedCopyKeepsTheOldDestination) {
+  std::string old_version(1 << 20, '\0');
+  for (std::size_t i = 0; i < old_version.size(); ++i) {
+    old_version[i] = static_cast<char>(i * 7 + i / 4096);
+  }
+  WriteAged("B/big.bin", old_version, 7200);
+  const std::int64_t old_mtime_ns = StateOf(dir_.Join("B/big.bin")).mtime_ns;
+  const std::string last_sync = LocalDateText(1800);
+  WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + last_sync + "\r\n");
+
+  std::string partial;
+  std::int64_t size = std::int64_t{320} << 20;
+  for (int attempt = 1; attempt <= 3 && partial.empty(); ++attempt) {
+    ASSERT_TRUE(WriteBigFile(dir_.Join("A/big.bin"), size));
+    SetAge(dir_.Join("A/big.bin"), 600);
+    const pid_t pid = Start({"sync", "--yes", "Docs"});
+    ASSERT_GT(pid, 0);
+    const auto deadline =
+        std::chrono::steady_clock::now() + std::chrono::seconds(60);
+    int status = 0;
+    bool exited = false;
+    bool saw_partial = false;
+    bool written_in_place = false;
+    while (std::chrono::steady_clock::now() < deadline) {
+      // Killed once some bytes are in the temporary copy: mid-way.
+      partial = FindPartialCopy(dir_.Join("B"));
+      struct stat st;
+      if (!partial.empty()) {
+        saw_partial = true;
+        if (stat(dir_.Join("B/" + partial).c_str(), &st) == 0 &&
+            st.st_size > 0) {
+          break;
+        }
+      } else if (!saw_partial &&
+                 stat(dir_.Join("B/big.bin").c_str(), &st) == 0 &&
+                 st.st_size != static_cast<off_t>(old_version.size())) {
+        // The destination itself grows while no temporary copy exists.
+        written_in_place = true;
+        break;
+      }
+      if (waitpid(pid, &status, WNOHANG) == pid) {
+        exited = true;
+        break;
+      }
+      std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
+    if (!exited) {
+      kill(pid, SIGKILL);
+      waitpid(pid, &status, 0);
+    }
+    ASSERT_FALSE(written_in_place)
+        << "B/big.bin was overwritten directly, not through a temporary copy";
+    // Too late: the copy was renamed into place before the kill.
+    if (dir_.ReadFile("B/big.bin") != old_version) {
+      partial.clear();
+      dir_.WriteFile("B/big.bin", old_version);
+      const struct timespec times[2] = {
+          {old_mtime_ns / 1000000000, old_mtime_ns % 1000000000},
+          {old_mtime_ns / 1000000000, old_mtime_ns % 1000000000}};
+      utimensat(AT_FDCWD, dir_.Join("B/big.bin").c_str(), times, 0);
+      WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + last_sync + "\r\n");
+    } else {
+      partial = FindPartialCopy(dir_.Join("B"));
+    }
+    size *= 2;
+  }
+  if (partial.empty()) {
+    GTEST_SKIP() << "the copy always finished before it could be killed";
+  }
+
+  const EntryState kept = StateOf(dir_.Join("B/big.bin"));
+  EXPECT_EQ(kept.bytes, old_version);
+  EXPECT_EQ(kept.mtime_ns, old_mtime_ns);
+  // A killed run completed nothing, so the set's last sync stays.
+  EXPECT_EQ(LastSyncIn(dir_.ReadFile("p.ini"), "[Sec: Docs]"), last_sync);
+
+  const Result r = Run("plan Docs");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_NE((r.out + r.err)
+                .find("Left out: " + dir_.Join("B/" + partial) +
+                      " (unfinished copy of an interrupted run)\n"),
+            std::string::npos)
+      << r.out << r.err;
+  EXPECT_EQ(r.out.find(partial + " "), std::string::npos) << r.out;
+}
+
+class SeveralSetsTest : public CliTest {
+ protected:
+  void SetUp() override {
+    for (const char* name : {"One", "Two", "Three"}) {
+      const std::string n(name);
+      mkdir(dir_.Join("src" + n).c_str(), 0755);
+      mkdir(dir_.Join("dst" + n).c_str(), 0755);
+      WriteAged("src" + n + "/" + n + ".txt", n, 3600);
+    }
+    WriteIni(SetOver("One", {"srcOne", "dstOne"}) +
+             SetOver("Two", {"srcTwo", "dstTwo"}) +
+             SetOver("Three", {"srcThree", "dstThree"}));
+  }
+
+  bool Copied(const std::string& n) {
+    return dir_.ReadFile("dst" + n + "/" + n + ".txt") == n;
+  }
+};
+
+TEST_F(SeveralSetsTest, NamedSetsRunInTheGivenOrder) {
+  const Result r = Run("sync three 1");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  const std::string::size_type three =
+      r.out.find("== Sync Status - Three (1 of 2)\n");
+  const std::string::size_type one =
+      r.out.find("== Sync Status - One (2 of 2)\n");
+  ASSERT_NE(three, std::string::npos) << r.out;
+  ASSERT_NE(one, std::string::npos) << r.out;
+  EXPECT_LT(three, one);
+  EXPECT_LT(three, r.out.find("Copy " + dir_.Join("dstThree/Three.txt")));
+  EXPECT_LT(one, r.out.find("Copy " + dir_.Join("dstOne/One.txt")));
+  EXPECT_TRUE(Copied("One"));
+  EXPECT_FALSE(Copied("Two"));
+  EXPECT_TRUE(Copied("Three"));
+  const std::string ini = dir_.ReadFile("p.ini");
+  EXPECT_TRUE(LooksLikeSyncDate(LastSyncIn(ini, "[Sec: One]")));
+  EXPECT_EQ(LastSyncIn(ini, "[Sec: Two]"), "");
+  EXPECT_TRUE(LooksLikeSyncDate(LastSyncIn(ini, "[Sec: Three]")));
+}
+
+TEST_F(SeveralSetsTest, AllRunsEverySetInConfigurationOrder) {
+  const Result r = Run("sync --all");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  const std::string::size_type one =
+      r.out.find("== Sync Status - One (1 of 3)\n");
+  const std::string::size_type two =
+      r.out.find("== Sync Status - Two (2 of 3)\n");
+  const std::string::size_type three =
+      r.out.find("== Sync Status - Three (3 of 3)\n");
+  ASSERT_NE(one, std::string::npos) << r.out;
+  ASSERT_NE(two, std::string::npos) << r.out;
+  ASSERT_NE(three, std::string::npos) << r.out;
+  EXPECT_LT(one, two);
+  EXPECT_LT(two, three);
+  EXPECT_EQ(LinesStartingWith(r.out, "Sync actions completed - ").size(), 3u);
+  EXPECT_TRUE(Copied("One"));
+  EXPECT_TRUE(Copied("Two"));
+  EXPECT_TRUE(Copied("Three"));
+}
+
+TEST_F(SeveralSetsTest, UnknownSetRunsNothingAndExitsTwo) {
+  const std::string ini_before = dir_.ReadFile("p.ini");
+  Result r = Run("sync One Nope");
+  EXPECT_EQ(r.exit_code, 2);
+  EXPECT_NE(r.err.find("pairwell-cli: no sync set 'Nope'"), std::string::npos)
+      << r.err;
+  EXPECT_EQ(r.out.find("Copy "), std::string::npos) << r.out;
+  EXPECT_FALSE(Copied("One"));
+  EXPECT_EQ(dir_.ReadFile("p.ini"), ini_before);
+
+  r = Run("sync");
+  EXPECT_EQ(r.exit_code, 2) << r.out << r.err;
+  EXPECT_NE(r.err.find("pairwell-cli: "), std::string::npos) << r.err;
+  EXPECT_FALSE(Copied("One"));
+  EXPECT_FALSE(Copied("Two"));
+  EXPECT_FALSE(Copied("Three"));
+  EXPECT_EQ(dir_.ReadFile("p.ini"), ini_before);
+}
+
+TEST_F(CliTest, RealRunChangesOnlyLastSyncDatesInTheConfiguration) {
+  WriteAged("A/a.txt", "a", 3600);
+  mkdir(dir_.Join("C").c_str(), 0755);
+  mkdir(dir_.Join("D").c_str(), 0755);
+  WriteAged("C/c.txt", "c", 3600);
+  // Already in the saved form: CR LF, one blank line after each section.
+  WriteIni(
+      "[Sec: Docs]\r\n"
+      "; the documents, kept on two disks\r\n"
+      "Dir1=" +
+      dir_.Join("A") +
+      "\r\n"
+      "Dir2=" +
+      dir_.Join("B") +
+      "\r\n"
+      "LastSyncDate=2020-01-02 03:04:05\r\n"
+      "FileSpec=*.*\r\n"
+      "Unknown=kept as written\r\n"
+      "\r\n"
+      "[Sec: Fresh]\r\n"
+      "Dir1=" +
+      dir_.Join("C") +
+      "\r\n"
+      "Dir2=" +
+      dir_.Join("D") +
+      "\r\n"
+      "\r\n"
+      "[Sec: Idle]\r\n"
+      "Dir1=/nowhere/1\r\n"
+      "Dir2=/nowhere/2\r\n"
+      "LastSyncDate=2021-02-03 04:05:06\r\n"
+      "\r\n"
+      "[Extra]\r\n"
+      "; a section the program does not know\r\n"
+      "Key = Value  \r\n"
+      "\r\n");
+  const std::string before = dir_.ReadFile("p.ini");
+
+  const Result r = Run("sync Docs Fresh");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_EQ(dir_.ReadFile("B/a.txt"), "a");
+  EXPECT_EQ(dir_.ReadFile("D/c.txt"), "c");
+
+  const std::string after = dir_.ReadFile("p.ini");
+  std::vector<std::string> old_lines;
+  std::vector<std::string> new_lines;
+  for (const std::string& line : CrLfLines(before)) {
+    if (!IsLastSyncLine(line)) old_lines.push_back(line);
+  }
+  for (const std::string& line : CrLfLines(after)) {
+    if (!IsLastSyncLine(line)) new_lines.push_back(line);
+  }
+  ASSERT_EQ(new_lines.size(), old_lines.size()) << after;
+  for (std::size_t i = 0; i < old_lines.size(); ++i) {
+    EXPECT_EQ(new_lines[i], old_lines[i]) << "line " << i + 1;
+  }
+  EXPECT_EQ(after.size() >= 2 ? after.substr(after.size() - 2) : "", "\r\n");
+  for (std::string::size_type at = after.find('\n'); at != std::string::npos;
+       at = after.find('\n', at + 1)) {
+    ASSERT_TRUE(at > 0 && after[at - 1] == '\r') << "bare LF at " << at;
+  }
+
+  const std::string docs = LastSyncIn(after, "[Sec: Docs]");
+  const std::string fresh = LastSyncIn(after, "[Sec: Fresh]");
+  EXPECT_TRUE(LooksLikeSyncDate(docs)) << docs;
+  EXPECT_NE(docs, "2020-01-02 03:04:05");
+  EXPECT_TRUE(LooksLikeSyncDate(fresh)) << fresh;
+  EXPECT_EQ(LastSyncIn(after, "[Sec: Idle]"), "2021-02-03 04:05:06");
+  // Docs keeps its key where it was.
+  EXPECT_NE(after.find("LastSyncDate=" + docs + "\r\nFileSpec=*.*\r\n"),
+            std::string::npos)
+      << after;
+}
+TEST_F(CliTest, SaveKeepsConfigurationEditsMadeDuringTheRun) {
+  ASSERT_TRUE(WriteBigFile(dir_.Join("A/big.bin"), std::int64_t{320} << 20));
+  SetAge(dir_.Join("A/big.bin"), 600);
+  WriteIni(TwoFolderSet("Docs") +
+           "\r\n[Sec: Idle]\r\nDir1=/nowhere/1\r\nDir2=/nowhere/2\r\n\r\n");
+  const pid_t pid = Start({"sync", "Docs"});
+  ASSERT_GT(pid, 0);
+  const auto deadline =
+      std::chrono::steady_clock::now() + std::chrono::seconds(60);
+  int status = 0;
+  bool exited = false;
+  while (FindPartialCopy(dir_.Join("B")).empty() &&
+         std::chrono::steady_clock::now() < deadline) {
+    if (waitpid(pid, &status, WNOHANG) == pid) {
+      exited = true;
+      break;
+    }
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+  }
+  if (exited) GTEST_SKIP() << "the run ended before the edit could be made";
+  // Someone edits the configuration while the copy goes on.
+  std::string edited = dir_.ReadFile("p.ini");
+  const std::string old_dir = "Dir1=/nowhere/1\r\n";
+  ASSERT_NE(edited.find(old_dir), std::string::npos);
+  edited.replace(edited.find(old_dir), old_dir.size(), "Dir1=/elsewhere/1\r\n");
+  edited += "[Added]\r\nKey=Value\r\n\r\n";
+  dir_.WriteFile("p.ini", edited);
+  ASSERT_EQ(waitpid(pid, &status, 0), pid);
+  ASSERT_TRUE(WIFEXITED(status));
+  EXPECT_EQ(WEXITSTATUS(status), 0) << dir_.ReadFile("err");
+
+  const std::string after = dir_.ReadFile("p.ini");
+  EXPECT_NE(after.find("[Sec: Idle]\r\nDir1=/elsewhere/1\r\n"),
+            std::string::npos)
+      << after;
+  EXPECT_NE(after.find("[Added]\r\nKey=Value\r\n"), std::string::npos) << after;
+  EXPECT_TRUE(LooksLikeSyncDate(LastSyncIn(after, "[Sec: Docs]"))) << after;
+  EXPECT_EQ(LastSyncIn(after, "[Sec: Idle]"), "");
 }
 
 }  // namespace
