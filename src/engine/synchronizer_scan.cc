@@ -89,6 +89,8 @@ bool Synchronizer::BuildActionList() {
       if (StopFlag || scan_failed_) return false;
     }
   }
+  // The listings are in the files now; their memory goes back.
+  std::vector<FolderEntry>().swap(FolderEntries());
   return ComputeDefaultActions();
 }
 

@@ -167,7 +167,11 @@ int ListFolder(const std::string& folder, std::vector<LeftOutEntry>* left_out) {
   const int dir_fd = dirfd(dir);
   std::vector<FolderEntry>& entries = FolderEntries();
   auto leave_out = [&](const char* name, const std::string& reason) {
-    if (left_out) left_out->push_back({CombinePath(folder, name), reason});
+    // Joined by hand: the name is as the folder holds it, "\\" included.
+    if (left_out) {
+      const bool slash = !folder.empty() && folder.back() == '/';
+      left_out->push_back({folder + (slash ? "" : "/") + name, reason});
+    }
   };
   int result = 0;
   for (;;) {

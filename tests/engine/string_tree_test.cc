@@ -335,5 +335,56 @@ TEST(StringTreeTest, RemoveAtOnEmptyTreeThrowsOutOfRange) {
   EXPECT_THROW(tree.ListStr(1), std::out_of_range);
 }
 
+TEST(StringTreeTest, AddSortedMergesNewKeysIntoTheirPlaces) {
+  StringTree tree;
+  bool found = false;
+  tree.Add("b", &found);
+  tree.Add("D", &found);
+  tree.SetListInt(1, 7);
+  tree.SetListInt(2, 8);
+  tree.AddSorted({"a", "C", "e"});
+  ASSERT_EQ(tree.Count(), 5);
+  const char* const kOrder[] = {"a", "b", "C", "D", "e"};
+  for (long i = 1; i <= 5; ++i) {
+    EXPECT_EQ(tree.ListStr(i), kOrder[i - 1]) << "index " << i;
+  }
+  // Old nodes keep their fields; new ones start empty.
+  EXPECT_EQ(tree.ListInt(2), 7);
+  EXPECT_EQ(tree.ListInt(4), 8);
+  EXPECT_EQ(tree.ListInt(1), -1);
+  EXPECT_EQ(tree.ListObj(3), nullptr);
+  EXPECT_EQ(tree.Find("c"), 3);
+}
+
+TEST(StringTreeTest, AddSortedIntoAnEmptyTreeAndWithNothing) {
+  StringTree tree;
+  tree.AddSorted({});
+  EXPECT_EQ(tree.Count(), 0);
+  tree.AddSorted({"x", "Y"});
+  EXPECT_EQ(tree.Count(), 2);
+  EXPECT_EQ(tree.Find("y"), 2);
+}
+
+TEST(StringTreeTest, AddSortedGivesTheSameTreeAsAddingOneByOne) {
+  StringTree one_by_one;
+  StringTree merged;
+  std::vector<std::string> first;
+  std::vector<std::string> second;
+  for (int i = 0; i < 2000; ++i) {
+    const std::string key = "k" + std::to_string(100000 + i * 7 % 2000);
+    (i % 3 == 0 ? second : first).push_back(key);
+    bool found = false;
+    one_by_one.Add(key, &found);
+  }
+  std::sort(first.begin(), first.end());
+  std::sort(second.begin(), second.end());
+  merged.AddSorted(first);
+  merged.AddSorted(second);
+  ASSERT_EQ(merged.Count(), one_by_one.Count());
+  for (long i = 1; i <= merged.Count(); ++i) {
+    ASSERT_EQ(merged.ListStr(i), one_by_one.ListStr(i)) << "index " << i;
+  }
+}
+
 }  // namespace
 }  // namespace pairwell

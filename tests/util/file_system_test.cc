@@ -190,6 +190,26 @@ TEST_F(FileSystemTest, LinksAndSpecialFilesAreLeftOutAndNamed) {
   EXPECT_EQ(left_out[2].reason, "fifo, not copied");
 }
 
+TEST_F(FileSystemTest, BackslashNamesAndUnfinishedCopiesAreLeftOut) {
+  dir_.WriteFile("a\\b.txt", "x");
+  dir_.WriteFile(".pairwell-partial-Ab12Cd", "half");
+  dir_.WriteFile("kept.txt", "k");
+  std::vector<LeftOutEntry> left_out;
+  ASSERT_EQ(ListFolder(dir_.path(), &left_out), 0);
+  ASSERT_EQ(FolderEntries().size(), 1u);
+  EXPECT_EQ(FolderEntries()[0].name, "kept.txt");
+  std::sort(left_out.begin(), left_out.end(),
+            [](const LeftOutEntry& a, const LeftOutEntry& b) {
+              return a.path < b.path;
+            });
+  ASSERT_EQ(left_out.size(), 2u);
+  EXPECT_EQ(left_out[0].path, dir_.Join(".pairwell-partial-Ab12Cd"));
+  EXPECT_EQ(left_out[0].reason, "unfinished copy of an interrupted run");
+  EXPECT_EQ(left_out[1].path, dir_.path() + "/a\\b.txt");
+  EXPECT_EQ(left_out[1].reason,
+            "its name holds a \"\\\", read as a folder separator");
+}
+
 TEST_F(FileSystemTest, ListFolderOfAFileIsAnError) {
   dir_.WriteFile("file", "x");
   EXPECT_EQ(ListFolder(dir_.Join("file")), ENOTDIR);
