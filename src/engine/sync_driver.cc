@@ -33,6 +33,22 @@ bool AnyNeedsConfirmation(const Synchronizer& set) {
   return false;
 }
 
+// The last-sync date says that every folder was alike at that moment. Where
+// an operation failed or a source still lacks a file, that is not so, and
+// the file would look deleted next time: the date then stays.
+void AdvanceLastSyncDate(Synchronizer& set) {
+  const long failed = set.IgnoredErrors();
+  const long incomplete = set.IncompleteFiles();
+  if (failed == 0 && incomplete == 0) {
+    // Files changed while the run went on count as changed next time.
+    set.LastSyncDate = set.ScanStarted();
+    return;
+  }
+  set.TheLog().PrintL("The last synchronization date stays as it was: ", failed,
+                      " operations failed and ", incomplete,
+                      " files are not in every source folder yet.");
+}
+
 // Scan, warnings and confirmation, then the actions; true when the set
 // completed.
 bool RunOneSet(Synchronizer& set, RunState& state) {
@@ -49,8 +65,7 @@ bool RunOneSet(Synchronizer& set, RunState& state) {
   state.busy = true;
   set.PerformActions();
   if (set.StopFlag) return false;
-  // Files changed while the run went on count as changed next time.
-  if (!state.simulation_mode) set.LastSyncDate = set.ScanStarted();
+  if (!state.simulation_mode) AdvanceLastSyncDate(set);
   return true;
 }
 

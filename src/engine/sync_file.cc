@@ -39,8 +39,24 @@ int SyncFile::FolderType(int i) const {
   return FolderTypeOf(owner_->WPathFlags(i));
 }
 
+void SyncFile::SetSpelling(int i, const std::string& relative_name) {
+  Copy(i);
+  for (auto& spelling : spellings_) {
+    if (spelling.first == i) {
+      spelling.second = relative_name;
+      return;
+    }
+  }
+  if (relative_name != relative_name_) {
+    spellings_.emplace_back(i, relative_name);
+  }
+}
+
 std::string SyncFile::FullPath(int i) const {
-  return CombinePath(owner_->WPath(i), relative_name_);
+  for (const auto& spelling : spellings_) {
+    if (spelling.first == i) return JoinPath(owner_->WPath(i), spelling.second);
+  }
+  return JoinPath(owner_->WPath(i), owner_->SpellingIn(i, relative_name_));
 }
 
 void SyncFile::RefreshFileInfo() {
@@ -49,10 +65,12 @@ void SyncFile::RefreshFileInfo() {
     // The file itself is looked up: a refreshed file must not look deleted.
     if (GetItemInfo(FullPath(i), &entry) &&
         (entry.attributes & kAttrDirectory) == 0) {
-      copies_[i - 1] = CopyRecord{entry.modify_date, entry.create_date,
-                                  entry.size, entry.attributes};
+      SetCopy(i, CopyRecord{entry.modify_date, entry.create_date, entry.size,
+                            entry.attributes});
     } else {
-      copies_[i - 1].modify_date = 0;
+      CopyRecord gone = Copy(i);
+      gone.modify_date = 0;
+      SetCopy(i, gone);
     }
   }
 }
@@ -134,6 +152,10 @@ int SyncFile::GetNewestFileIndex(bool source_only) const {
 
 void SyncFile::ComputeDefAction() {
   ActionFlags = static_cast<std::uint16_t>(owner_->DefActionFlags);
+  if (blocked_) {
+    Action = kUndecided;
+    return;
+  }
   const int conflict = ComputeConflictIndex();
   if (conflict < 1) {
     ActionFlags |= kFlagCreate;
@@ -186,13 +208,14 @@ bool SyncFile::CopyNeeded(int j, int s) const {
 }
 
 bool SyncFile::Deletable(int j) const {
-  if (!CopyExists(j)) return false;
+  if (!CopyExists(j) || FolderType(j) == kFolderMergeTo) return false;
   return (Copy(j).attributes & (kAttrReadOnly | kAttrSystem)) == 0 ||
          (ActionFlags & kFlagDeleteReadOnly) != 0;
 }
 
 long SyncFile::PerformAction(bool count_only) {
   long operations = 0;
+  if (blocked_) return 0;
   const int count = owner_->WPathCount();
   if (Action == kDeleteAll) {
     for (int j = 1; j <= count; ++j) {

@@ -6,6 +6,8 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "engine/string_tree.h"
 
@@ -65,11 +67,21 @@ class SyncFile : public TreeObject {
 
   const Synchronizer& Owner() const { return *owner_; }
   const std::string& RelativeName() const { return relative_name_; }
+
+  // The name as folder i spells it, where that differs in case from
+  // RelativeName() (the tree matches names ignoring case).
+  void SetSpelling(int i, const std::string& relative_name);
+
+  // A file the run must not touch: a folder holds something under its name
+  // (or a parent's) that the scan left out, such as a symbolic link.
+  bool Blocked() const { return blocked_; }
+  void SetBlocked() { blocked_ = true; }
   const CopyRecord& Copy(int i) const;
   void SetCopy(int i, const CopyRecord& record);
   bool CopyExists(int i) const { return Copy(i).modify_date != 0; }
 
-  // The working folder's path joined with the relative name.
+  // The working folder's path joined with the name as that folder spells
+  // it (for a missing copy: as its parent folder there is spelled).
   std::string FullPath(int i) const;
 
   // Reads every copy's record again from the disk; a copy that is gone gets
@@ -115,8 +127,9 @@ class SyncFile : public TreeObject {
   // kFlagProtectMerged whose copy is newer than the source.
   bool CopyNeeded(int j, int s) const;
 
-  // Whether copy j may be deleted: it exists, and is neither read-only nor
-  // system unless kFlagDeleteReadOnly is set.
+  // Whether copy j may be deleted: it exists, is not in a merge-to folder
+  // (those only receive), and is neither read-only nor system unless
+  // kFlagDeleteReadOnly is set.
   bool Deletable(int j) const;
 
   // The number of copy and delete operations the action needs. With
@@ -140,6 +153,9 @@ class SyncFile : public TreeObject {
 
   Synchronizer* owner_;
   std::string relative_name_;
+  // Folders that spell the name otherwise; empty for nearly every file.
+  std::vector<std::pair<int, std::string>> spellings_;
+  bool blocked_ = false;
   CopyRecord copies_[kMaxCopies];
 };
 

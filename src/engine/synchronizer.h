@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -20,6 +21,7 @@ class INIFileSection;
 class LogFile;
 class SyncFile;
 struct FolderEntry;
+struct LeftOutEntry;
 
 // Path flags of a folder.
 constexpr std::int32_t kFolderTypeMask = 3;  // bits 0-1: the folder type
@@ -122,6 +124,18 @@ class Synchronizer {
   // The moment the last BuildActionList began (local day count).
   double ScanStarted() const { return scan_started_; }
 
+  // The relative name with its folder part as working folder i spells it,
+  // where the scan met that folder there in another case.
+  std::string SpellingIn(int i, const std::string& rel) const;
+
+  // Operations of the last PerformActions that failed and were skipped.
+  long IgnoredErrors() const { return ignored_errors_; }
+
+  // Files of the run (not blocked) that a source folder still lacks while
+  // another folder has them. Such a file would look deleted next time, so
+  // the last-sync date must not move while there are any.
+  long IncompleteFiles() const;
+
   // Builds the run's working data: checks and prepares the folders, reads
   // them (sources, then merge-to, then mirror-to folders) and gives every
   // file its default action. False when a folder check refused (the person
@@ -154,7 +168,11 @@ class Synchronizer {
       if (error_number == 0) return true;
       const int answer = ErrorPolicy(message, error_number);
       if (answer == kIdRetry) continue;
-      if (answer != kIdIgnore) StopFlag = true;
+      if (answer == kIdIgnore) {
+        ++ignored_errors_;
+      } else {
+        StopFlag = true;
+      }
       return false;
     }
   }
@@ -200,9 +218,19 @@ class Synchronizer {
   // rows to use: those that pass the filters and are not a second name
   // equal ignoring case (logged and left out).
   std::vector<std::size_t> UsableRows(std::size_t first, std::size_t last,
+                                      const std::string& rel,
                                       const std::string& full_path);
   void AddFileCopy(int i, const std::string& rel, StringTree& tree, long node,
                    const FolderEntry& row);
+  // Logs what a listing left out and remembers the names; false when an
+  // entry could not be examined (the scan then fails).
+  bool NoteLeftOut(const std::vector<LeftOutEntry>& left_out,
+                   const std::string& rel, const std::string& full_path);
+  // Marks the files under a left-out name as not to be touched.
+  void BlockFiles();
+  // Refuses a run in which an empty source folder (a drive not mounted?)
+  // would make the other folders' files be deleted.
+  bool CheckEmptySources();
   bool PassesFilters(const std::string& name, bool is_folder) const;
   // Notes that working folder i holds the folder rel (ending in a
   // separator).
@@ -232,6 +260,16 @@ class Synchronizer {
   // A folder that could not be read ends the scan: its files would
   // otherwise look deleted.
   bool scan_failed_ = false;
+  // The present moment while a folder is read, for future-dated files.
+  double folder_read_at_ = 0;
+  // Per working folder: whether its top level held any entry.
+  std::vector<bool> root_has_entries_;
+  // Upper-cased relative names that a listing left out.
+  std::unordered_set<std::string> left_out_names_;
+  // "<folder index>:<upper-cased folder>" to that folder's spelling there,
+  // where it differs from the first one met.
+  std::unordered_map<std::string, std::string> folder_spellings_;
+  long ignored_errors_ = 0;
   std::uint64_t last_status_tick_ = 0;
   bool status_shown_ = false;
 };

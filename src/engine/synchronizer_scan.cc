@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "engine/log_file.h"
+#include "engine/run_state.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
 #include "util/date_time.h"
@@ -64,12 +65,16 @@ void Synchronizer::FreeSyncData() {
   work_folders_.clear();
   sub_folders_.clear();
   sub_folder_index_.clear();
+  folder_spellings_.clear();
+  left_out_names_.clear();
+  root_has_entries_.clear();
   root_tree_->Clear();
 }
 
 bool Synchronizer::BuildActionList() {
   StopFlag = false;
   scan_failed_ = false;
+  ignored_errors_ = 0;
   FutureDateCount = 0;
   scan_started_ = Now();
   TheLog().PrintL();
@@ -91,7 +96,8 @@ bool Synchronizer::BuildActionList() {
   }
   // The listings are in the files now; their memory goes back.
   std::vector<FolderEntry>().swap(FolderEntries());
-  return ComputeDefaultActions();
+  BlockFiles();
+  return ComputeDefaultActions() && CheckEmptySources();
 }
 
 bool Synchronizer::ComputeDefaultActions() {
@@ -109,8 +115,10 @@ bool Synchronizer::ComputeDefaultActions() {
 bool Synchronizer::CheckFolderCounts() {
   int available = 0;
   int sources = 0;
+  int enabled = 0;
   for (int i = 1; i <= PathCount(); ++i) {
     if ((PathFlags(i) & kFolderEnabled) == 0) continue;
+    ++enabled;
     ManageUI();
     if (StopFlag) return false;
     if (FolderExists(Path(i))) {
@@ -119,6 +127,16 @@ bool Synchronizer::CheckFolderCounts() {
     } else if ((PathFlags(i) & kFolderAllowBaseCreation) != 0) {
       ++available;
     }
+  }
+  // A file keeps one record per folder, eight at most.
+  if (enabled > kMaxFolders) {
+    ShowErrToUser("The synchronization cannot proceed because more than " +
+                      std::to_string(kMaxFolders) +
+                      " folders are enabled.  Disable or remove folders "
+                      "until no more than " +
+                      std::to_string(kMaxFolders) + " are left.",
+                  kMbInformation);
+    return false;
   }
   if (sources == 0) {
     ShowErrToUser(
@@ -145,6 +163,8 @@ bool Synchronizer::PrepareFolders() {
   }
   SyncMsg = "Attempting to access folders to be synchronized";
   if (!CheckFolderCounts()) return false;
+  // A simulated run changes nothing either.
+  const bool dry_run = DryRun || TheRunState().simulation_mode;
   for (int i = 1; i <= PathCount(); ++i) {
     std::int32_t flags = PathFlags(i);
     if ((flags & kFolderEnabled) == 0) continue;
@@ -153,9 +173,9 @@ bool Synchronizer::PrepareFolders() {
     bool exists = FolderExists(Path(i));
     bool created = false;
     if (!exists && (flags & kFolderAllowBaseCreation) != 0) {
-      exists = created = DryRun || MakeDirectory(Path(i));
+      exists = created = dry_run || MakeDirectory(Path(i));
       if (created) {
-        TheLog().PrintL(DryRun ? "Would create folder " : "Created folder ",
+        TheLog().PrintL(dry_run ? "Would create folder " : "Created folder ",
                         Path(i));
       }
     }
@@ -171,7 +191,7 @@ bool Synchronizer::PrepareFolders() {
     if (created && FolderTypeOf(flags) == kFolderSource) {
       flags = (flags & ~kFolderTypeMask) | kFolderMergeTo;
     }
-    work_folders_.push_back(Folder{Path(i), flags, created && DryRun});
+    work_folders_.push_back(Folder{Path(i), flags, created && dry_run});
   }
   if (WPathCount() < 2) {
     ShowErrToUser(kFewerThanTwo, kMbExclamation);
@@ -182,13 +202,15 @@ bool Synchronizer::PrepareFolders() {
 
 void Synchronizer::ReadFolderOfPath(int i) {
   FolderEntries().clear();
+  root_has_entries_.resize(static_cast<std::size_t>(WPathCount()), false);
   if (At(work_folders_, i).missing) return;  // empty until really created
   ReadFolder(i, WPath(i), "", *root_tree_,
              FolderTypeOf(WPathFlags(i)) == kFolderMergeTo);
 }
 
 std::vector<std::size_t> Synchronizer::UsableRows(
-    std::size_t first, std::size_t last, const std::string& full_path) {
+    std::size_t first, std::size_t last, const std::string& rel,
+    const std::string& full_path) {
   std::vector<FolderEntry>& rows = FolderEntries();
   // In the tree's order, so new names join it in one merge; names equal
   // ignoring case come next to each other, the first by bytes first.
@@ -203,9 +225,11 @@ std::vector<std::size_t> Synchronizer::UsableRows(
   for (std::size_t r = first; r < last; ++r) {
     const FolderEntry& row = rows[r];
     if (kept != nullptr && EqualsNoCase(*kept, row.name)) {
-      TheLog().PrintL("Left out: ", CombinePath(full_path, row.name),
+      TheLog().PrintL("Left out: ", JoinPath(full_path, row.name),
                       " (its name differs only in case from ",
-                      CombinePath(full_path, *kept), ")");
+                      JoinPath(full_path, *kept), ")");
+      // Which of the two another folder's copy stands for is unknown.
+      left_out_names_.insert(UpperCase(rel + row.name));
       continue;
     }
     kept = &row.name;
@@ -219,16 +243,24 @@ std::vector<std::size_t> Synchronizer::UsableRows(
 void Synchronizer::ReadFolder(int i, const std::string& folder,
                               const std::string& rel, StringTree& tree,
                               bool merge_only) {
-  const std::string full_path = CombinePath(folder, rel);
+  // rel ends in a separator below the top level; the folder's own path
+  // does not.
+  std::string full_path = JoinPath(folder, rel);
+  if (!rel.empty()) full_path.pop_back();
   SyncMsg = "Reading folder " + full_path;
   ManageUI();
   if (StopFlag) return;
+  folder_read_at_ = Now();
 
   const std::size_t first = FolderEntries().size();
   std::vector<LeftOutEntry> left_out;
   const int error_number = ListFolder(full_path, &left_out);
-  for (const LeftOutEntry& entry : left_out) {
-    TheLog().PrintL("Left out: ", entry.path, " (", entry.reason, ")");
+  if (rel.empty() && (FolderEntries().size() > first || !left_out.empty())) {
+    root_has_entries_[static_cast<std::size_t>(i - 1)] = true;
+  }
+  if (error_number == 0 && !NoteLeftOut(left_out, rel, full_path)) {
+    scan_failed_ = true;
+    return;
   }
   if (error_number != 0) {
     scan_failed_ = true;
@@ -239,7 +271,7 @@ void Synchronizer::ReadFolder(int i, const std::string& folder,
     return;
   }
   const std::vector<std::size_t> usable =
-      UsableRows(first, FolderEntries().size(), full_path);
+      UsableRows(first, FolderEntries().size(), rel, full_path);
 
   if (!merge_only) {
     std::vector<std::string> new_names;
@@ -272,6 +304,87 @@ void Synchronizer::ReadFolder(int i, const std::string& folder,
   }
 }
 
+bool Synchronizer::NoteLeftOut(const std::vector<LeftOutEntry>& left_out,
+                               const std::string& rel,
+                               const std::string& full_path) {
+  for (const LeftOutEntry& entry : left_out) {
+    TheLog().PrintL("Left out: ", entry.path, " (", entry.reason, ")");
+    if (entry.error) {
+      // What the entry holds is unknown: its copies elsewhere would look
+      // deleted or new.
+      ShowErrToUser("The synchronization cannot proceed because the folder '" +
+                        full_path + "' could not be read: " + entry.path +
+                        ": " + entry.reason,
+                    kMbOkOnly);
+      return false;
+    }
+    // An unfinished copy is Pairwell's own leftover, under a name of its own.
+    if (entry.name.compare(0, sizeof kPartialCopyPrefix - 1,
+                           kPartialCopyPrefix) != 0) {
+      left_out_names_.insert(UpperCase(rel + entry.name));
+    }
+  }
+  return true;
+}
+
+void Synchronizer::BlockFiles() {
+  if (left_out_names_.empty()) return;
+  for (const auto& file : files_) {
+    // The name itself, then every folder above it.
+    std::string key = UpperCase(file->RelativeName());
+    for (;;) {
+      if (left_out_names_.count(key) != 0) {
+        file->SetBlocked();
+        TheLog().PrintL("Left alone: ", file->RelativeName(),
+                        " (a folder holds something under that name that "
+                        "is not synchronized)");
+        break;
+      }
+      const std::string::size_type slash = key.find_last_of(kPathSeparator);
+      if (slash == std::string::npos) break;
+      key.resize(slash);
+    }
+  }
+}
+
+bool Synchronizer::CheckEmptySources() {
+  if (EfLastSyncDate() <= 0) return true;
+  for (int i = 1; i <= WPathCount(); ++i) {
+    const bool empty = !root_has_entries_[static_cast<std::size_t>(i - 1)] &&
+                       !At(work_folders_, i).missing;
+    if (!empty || FolderTypeOf(WPathFlags(i)) != kFolderSource) continue;
+    for (long f = 1; f <= WFileCount(); ++f) {
+      if (WFile(f).Action != kDeleteAll) continue;
+      ShowErrToUser(
+          "The synchronization cannot proceed because the folder '" + WPath(i) +
+              "' is empty, so the files of the other folders would be "
+              "deleted.  If it is a drive or share that is not mounted, "
+              "mount it and try again; to delete the files, delete them in "
+              "the other folders too.",
+          kMbExclamation);
+      return false;
+    }
+  }
+  return true;
+}
+
+std::string Synchronizer::SpellingIn(int i, const std::string& rel) const {
+  if (folder_spellings_.empty()) return rel;
+  // The deepest folder of the name that folder i spells otherwise.
+  std::string::size_type end = rel.find_last_of(kPathSeparator);
+  while (end != std::string::npos) {
+    const std::string folder = rel.substr(0, end + 1);
+    const auto found =
+        folder_spellings_.find(std::to_string(i) + ":" + UpperCase(folder));
+    if (found != folder_spellings_.end()) {
+      return found->second + rel.substr(end + 1);
+    }
+    if (end == 0) break;
+    end = rel.find_last_of(kPathSeparator, end - 1);
+  }
+  return rel;
+}
+
 void Synchronizer::AddFileCopy(int i, const std::string& rel, StringTree& tree,
                                long node, const FolderEntry& row) {
   // A node made for a folder elsewhere has no file yet.
@@ -282,7 +395,8 @@ void Synchronizer::AddFileCopy(int i, const std::string& rel, StringTree& tree,
   SyncFile& file = WFile(tree.ListInt(node));
   file.SetCopy(i, CopyRecord{row.modify_date, row.create_date, row.size,
                              row.attributes});
-  if (WarnFutureDate && file.GetEffectiveDate(i) > scan_started_) {
+  file.SetSpelling(i, rel + row.name);
+  if (WarnFutureDate && file.GetEffectiveDate(i) > folder_read_at_) {
     ++FutureDateCount;
   }
 }
@@ -300,10 +414,30 @@ bool Synchronizer::PassesFilters(const std::string& name,
 
 void Synchronizer::NoteFolder(int i, const std::string& rel) {
   // Folders compare ignoring case, as the tree does.
-  const auto inserted =
-      sub_folder_index_.emplace(UpperCase(rel), sub_folders_.size());
+  const std::string key = UpperCase(rel);
+  const auto inserted = sub_folder_index_.emplace(key, sub_folders_.size());
   if (inserted.second) sub_folders_.emplace_back(rel, 0);
-  sub_folders_[inserted.first->second].second |= 1u << (i - 1);
+  auto& folder = sub_folders_[inserted.first->second];
+  folder.second |= 1u << (i - 1);
+  if (folder.first != rel) {
+    folder_spellings_[std::to_string(i) + ":" + key] = rel;
+  }
+}
+
+long Synchronizer::IncompleteFiles() const {
+  long incomplete = 0;
+  for (const auto& file : files_) {
+    if (file->Blocked()) continue;
+    bool anywhere = false;
+    for (int i = 1; i <= WPathCount() && !anywhere; ++i) {
+      anywhere = file->CopyExists(i);
+    }
+    if (anywhere &&
+        (file->ComputeSituation(false) & kSituMissingFromSource) != 0) {
+      ++incomplete;
+    }
+  }
+  return incomplete;
 }
 
 long Synchronizer::AddSyncFile(const std::string& rel) {

@@ -166,11 +166,13 @@ int ListFolder(const std::string& folder, std::vector<LeftOutEntry>* left_out) {
   if (dir == nullptr) return errno;
   const int dir_fd = dirfd(dir);
   std::vector<FolderEntry>& entries = FolderEntries();
-  auto leave_out = [&](const char* name, const std::string& reason) {
+  auto leave_out = [&](const char* name, const std::string& reason,
+                       bool error = false) {
     // Joined by hand: the name is as the folder holds it, "\\" included.
     if (left_out) {
       const bool slash = !folder.empty() && folder.back() == '/';
-      left_out->push_back({folder + (slash ? "" : "/") + name, reason});
+      left_out->push_back(
+          {folder + (slash ? "" : "/") + name, name, reason, error});
     }
   };
   int result = 0;
@@ -186,8 +188,10 @@ int ListFolder(const std::string& folder, std::vector<LeftOutEntry>* left_out) {
     StatInfo info;
     const int error_number =
         StatAt(dir_fd, d->d_name, AT_SYMLINK_NOFOLLOW, &info);
+    // An entry gone since readdir is simply not there; any other failure
+    // hides what the entry holds.
     if (error_number != 0) {
-      leave_out(d->d_name, ErrorText(error_number));
+      leave_out(d->d_name, ErrorText(error_number), error_number != ENOENT);
       continue;
     }
     if (!S_ISREG(info.mode) && !S_ISDIR(info.mode)) {
@@ -227,7 +231,7 @@ int CopyBytes(int in, int out, std::int64_t size) {
       break;  // the plain loop below copies what is left
     }
     if (n < 0) return errno;
-    if (n == 0) return 0;  // the source got shorter meanwhile
+    if (n == 0) break;  // the read loop below tells a real end
     copied += n;
     if (copied == size) return 0;  // what the source held when opened
   }
@@ -264,7 +268,15 @@ int CopyOpenFile(int in, const struct stat& source_info,
   const int out = mkostemp(&temp[0], O_CLOEXEC);
   if (out < 0) return errno;
   int error_number = CopyBytes(in, out, source_info.st_size);
-  if (error_number == 0 && fchmod(out, source_info.st_mode & 07777) != 0) {
+  // Owner and mode as the source's, where the file system can hold them: a
+  // FAT or CIFS mount, or a run without root, refuses some of them, and the
+  // bytes matter more.
+  if (fchown(out, source_info.st_uid, source_info.st_gid) != 0 &&
+      fchown(out, static_cast<uid_t>(-1), source_info.st_gid) != 0) {
+    // Neither could be kept: the copy belongs to whoever runs the sync.
+  }
+  if (error_number == 0 && fchmod(out, source_info.st_mode & 07777) != 0 &&
+      errno != EPERM && errno != ENOTSUP) {
     error_number = errno;
   }
   const struct timespec times[2] = {source_info.st_atim, source_info.st_mtim};

@@ -34,7 +34,11 @@ struct FolderEntry {
 // entries that vanished or could not be examined), with why.
 struct LeftOutEntry {
   std::string path;
+  std::string name;  // the last component, as the folder holds it
   std::string reason;
+  // The entry could not be examined (not just a kind that is never synced):
+  // what it holds is unknown.
+  bool error = false;
 };
 
 // The program-wide entry array that ListFolder appends to; the scan reads a

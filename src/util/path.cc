@@ -51,4 +51,10 @@ std::string CombinePath(const std::string& base, const std::string& rel) {
   return result;
 }
 
+std::string JoinPath(const std::string& folder, const std::string& rel) {
+  if (folder.empty()) return rel;
+  if (rel.empty()) return folder;
+  return IsSlash(folder.back()) ? folder + rel : folder + kPathSeparator + rel;
+}
+
 }  // namespace pairwell

@@ -25,6 +25,11 @@ bool IsSlash(char c);
 // base is empty.
 std::string CombinePath(const std::string& base, const std::string& rel);
 
+// Joins a folder and a name (or relative path) as they are: no trimming,
+// no "." or ".." walking, no drive rule. For names that come from a listing,
+// which may end in a blank or hold a ":".
+std::string JoinPath(const std::string& folder, const std::string& rel);
+
 }  // namespace pairwell
 
 #endif  // PAIRWELL_UTIL_PATH_H_

@@ -2,6 +2,8 @@
 
 #include <errno.h>
 #include <fcntl.h>
+#include <limits.h>
+#include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -66,7 +68,17 @@ mode_t CurrentUmask() {
 
 }  // namespace
 
-void ReplaceFileContent(const std::string& path, const std::string& content) {
+void ReplaceFileContent(const std::string& given_path,
+                        const std::string& content) {
+  // A link to the file stays a link: its target is what gets replaced.
+  std::string path = given_path;
+  char resolved[PATH_MAX];
+  struct stat link_info;
+  if (lstat(given_path.c_str(), &link_info) == 0 &&
+      S_ISLNK(link_info.st_mode) &&
+      realpath(given_path.c_str(), resolved) != nullptr) {
+    path = resolved;
+  }
   std::vector<char> temp_name(path.begin(), path.end());
   const std::string suffix = ".pairwell-XXXXXX";
   temp_name.insert(temp_name.end(), suffix.begin(), suffix.end());

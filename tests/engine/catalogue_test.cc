@@ -173,6 +173,8 @@ TEST_F(CatalogueTest, DeletedFromOneFolderIsDeletedEverywhere) {
   SyncedAt(kSync);
   AddFolder("A");
   AddFolder("B");
+  // A holds other files: an empty source would stop the run.
+  Put("A", "other.txt", "kept", kOld);
   Put("B", "f.txt", "old", kOld);
   const SyncFile* f = Scan("f.txt");
   ASSERT_NE(f, nullptr);
@@ -182,6 +184,34 @@ TEST_F(CatalogueTest, DeletedFromOneFolderIsDeletedEverywhere) {
   ASSERT_GT(c, 0) << Describe(*f);
   // A set may choose another resolution for it.
   EXPECT_TRUE(set_.ConflictTypes(c).Configurable) << Describe(*f);
+}
+
+TEST_F(CatalogueTest, EmptySourceAfterASyncStopsTheDeletions) {
+  SyncedAt(kSync);
+  AddFolder("A");
+  AddFolder("B");
+  Put("B", "f.txt", "old", kOld);
+  Put("B", "g.txt", "old too", kOld);
+  EXPECT_FALSE(set_.BuildActionList());
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_EQ(ui_.messages[0].text,
+            "The synchronization cannot proceed because the folder '" +
+                dir_.Join("A") +
+                "' is empty, so the files of the other folders would be "
+                "deleted.  If it is a drive or share that is not mounted, "
+                "mount it and try again; to delete the files, delete them in "
+                "the other folders too.");
+  EXPECT_EQ(ui_.messages[0].style, kMbExclamation);
+}
+
+TEST_F(CatalogueTest, EmptySourceAtTheFirstSyncIsFilled) {
+  AddFolder("A");
+  AddFolder("B");
+  Put("B", "f.txt", "old", kOld);
+  const SyncFile* f = Scan("f.txt");
+  ASSERT_NE(f, nullptr);
+  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
+  EXPECT_EQ(f->SourceIndex, 2) << Describe(*f);
 }
 
 TEST_F(CatalogueTest, DeletedFromOneFolderAndChangedInOtherIsRestored) {
@@ -244,6 +274,8 @@ TEST_F(CatalogueTest, FileOnlyInMirrorAfterSyncIsDeletedWithoutAsking) {
   SyncedAt(kSync);
   AddFolder("A");
   AddFolder("M", kFolderEnabled | kFolderMirrorTo);
+  // The source holds other files: an empty source would stop the run.
+  Put("A", "other.txt", "kept", kOld);
   Put("M", "f.txt", "stray", kNew);
   const SyncFile* f = Scan("f.txt");
   ASSERT_NE(f, nullptr);

@@ -1242,6 +1242,10 @@ class SmartDeletesTest : public PerformActionsTest {
   // deleted from b since then; "orphan.txt" is left only in the mirror.
   void SetUpDeletions(bool allow_smart_deletes) {
     LoadCatalogue();
+    // b keeps a file: an empty source would stop the run.
+    Put(a_ + "/kept.txt", "kept", kOldTime);
+    Put(b_ + "/kept.txt", "kept", kOldTime);
+    Put(c_ + "/kept.txt", "kept", kOldTime);
     Put(a_ + "/gone.txt", "unchanged", kOldTime);
     Put(c_ + "/gone.txt", "unchanged", kOldTime);
     Put(c_ + "/orphan.txt", "left behind", kOldTime);

@@ -663,6 +663,13 @@ TEST_F(SyncFileTest, Deletable) {
   }
 }
 
+TEST_F(SyncFileTest, CopyInAMergeToFolderIsNeverDeletable) {
+  ScannedSet s({kSource, kMerge});
+  s.SetCopies({kMissing, Present(Old())});
+  s.file().ActionFlags = 0xFF;
+  EXPECT_FALSE(s.file().Deletable(2));
+}
+
 // --- Counting operations and the no-effect mark -------------------------
 
 TEST_F(SyncFileTest, UndecidedAndDoNothingCountNoOperation) {
@@ -683,8 +690,9 @@ TEST_F(SyncFileTest, DeleteAllCountsEveryDeletableCopy) {
   s.file().Action = kDeleteAll;
   s.file().ActionFlags = 0;
   EXPECT_EQ(s.file().PerformAction(true), 1);
+  // A merge-to folder only receives: its copy is never deleted.
   s.file().ActionFlags = kFlagDeleteReadOnly;
-  EXPECT_EQ(s.file().PerformAction(true), 3);
+  EXPECT_EQ(s.file().PerformAction(true), 2);
 }
 
 TEST_F(SyncFileTest, UseNewestCountsFoldersThatNeedTheCopy) {
