@@ -253,11 +253,30 @@ bool SyncFile::MakeDestinationFolder(int d) {
       [&] { return MakeDirectoryError(folder); });
 }
 
+bool SyncFile::UnchangedSinceScan(int j) {
+  const std::string path = FullPath(j);
+  FolderEntry now;
+  const bool exists =
+      GetItemInfo(path, &now) && (now.attributes & kAttrDirectory) == 0;
+  const CopyRecord& seen = Copy(j);
+  const bool same = exists ? CopyExists(j) && now.size == seen.size &&
+                                 DatesEqual(now.modify_date, seen.modify_date)
+                           : !CopyExists(j);
+  if (!same) {
+    // Somebody worked on it while the run was being prepared: what was
+    // decided no longer fits it.
+    owner_->TheLog().PrintL("Skipped: ", path, " changed since the scan");
+    owner_->NoteSkipped();
+  }
+  return same;
+}
+
 void SyncFile::CopyOver(int s, int d) {
   const std::string source = FullPath(s);
   const std::string dest = FullPath(d);
   owner_->TheLog().PrintL("Copy ", dest, " from ", source);
   if (TheRunState().simulation_mode) return;
+  if (!UnchangedSinceScan(d)) return;
   if (!MakeDestinationFolder(d)) return;
   const bool read_only =
       CopyExists(d) && (Copy(d).attributes & (kAttrReadOnly | kAttrSystem));
@@ -281,6 +300,7 @@ void SyncFile::DeleteIn(int j) {
   const std::string path = FullPath(j);
   owner_->TheLog().PrintL("Deleting ", path);
   if (TheRunState().simulation_mode) return;
+  if (!UnchangedSinceScan(j)) return;
   if (owner_->WithErrorPolicy("Unable to delete the following file:\n\n" + path,
                               [&] { return DeleteFile(path); })) {
     copies_[j - 1].modify_date = 0;

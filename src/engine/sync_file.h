@@ -147,6 +147,9 @@ class SyncFile : public TreeObject {
   // (its StopFlag).
   void CopyOver(int s, int d);
   void DeleteIn(int j);
+  // Whether copy j on disk is still what the scan saw (present with the
+  // same size and date, or still absent); if not, logs and notes the skip.
+  bool UnchangedSinceScan(int j);
   // Makes sure the folder that holds copy d exists; false when the copy is
   // to be given up.
   bool MakeDestinationFolder(int d);

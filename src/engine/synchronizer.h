@@ -128,8 +128,10 @@ class Synchronizer {
   // where the scan met that folder there in another case.
   std::string SpellingIn(int i, const std::string& rel) const;
 
-  // Operations of the last PerformActions that failed and were skipped.
+  // Operations of the last PerformActions that failed and were skipped, or
+  // were skipped because their file changed since the scan.
   long IgnoredErrors() const { return ignored_errors_; }
+  void NoteSkipped() { ++ignored_errors_; }
 
   // Files of the run (not blocked) that a source folder still lacks while
   // another folder has them. Such a file would look deleted next time, so

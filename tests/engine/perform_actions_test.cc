@@ -651,20 +651,45 @@ TEST_F(PerformActionsTest, DeleteAbortLeavesTheFilesOtherCopies) {
   EXPECT_TRUE(LinesStartingWith(LogText(), "Deleting " + b_).empty());
 }
 
-TEST_F(PerformActionsTest, DeletingACopyThatVanishedIsAnErrorOfTheRun) {
+TEST_F(PerformActionsTest, CopyThatVanishedSinceTheScanIsSkippedNotDeleted) {
   Put(a_ + "/f.txt", "1", kNewTime);
   Put(b_ + "/f.txt", "2", kOldTime);
   UseFolders(2);
   Build();
   DeleteAll("f.txt");
   ASSERT_EQ(unlink((a_ + "/f.txt").c_str()), 0);
-  ui_.answers = {kIdIgnore};
 
   set_.PerformActions();
 
-  ASSERT_EQ(ui_.messages.size(), 1u);
-  EXPECT_EQ(ui_.messages[0].text, Prompt(DeleteMessage(a_ + "/f.txt"), ENOENT));
+  EXPECT_TRUE(ui_.messages.empty());
+  EXPECT_NE(LogText().find("Skipped: " + a_ + "/f.txt changed since the scan"),
+            std::string::npos)
+      << LogText();
+  EXPECT_EQ(set_.IgnoredErrors(), 1);
   EXPECT_FALSE(Exists(b_ + "/f.txt"));
+}
+
+TEST_F(PerformActionsTest,
+       CopyEditedSinceTheScanIsNeitherOverwrittenNorDeleted) {
+  Put(a_ + "/f.txt", "source", kNewTime);
+  Put(b_ + "/f.txt", "old", kOldTime);
+  Put(a_ + "/g.txt", "doomed", kOldTime);
+  Put(b_ + "/g.txt", "doomed", kOldTime);
+  UseFolders(2);
+  Build();
+  UseNewest("f.txt", 1, kFlagCreate);
+  DeleteAll("g.txt");
+  // Edits saved while the run was being prepared.
+  Put(b_ + "/f.txt", "edited in b meanwhile", kNewTime + 60);
+  Put(a_ + "/g.txt", "edited in a meanwhile", kNewTime + 60);
+
+  set_.PerformActions();
+
+  EXPECT_EQ(Read(b_ + "/f.txt"), "edited in b meanwhile");
+  EXPECT_EQ(Read(a_ + "/g.txt"), "edited in a meanwhile");
+  EXPECT_FALSE(Exists(b_ + "/g.txt"));  // unchanged, so deleted
+  EXPECT_EQ(set_.IgnoredErrors(), 2);
+  EXPECT_TRUE(ui_.messages.empty());
 }
 
 // --- Simulation mode --------------------------------------------------------
