@@ -134,7 +134,7 @@ class Synchronizer {
   void NoteSkipped() { ++ignored_errors_; }
 
   // Files of the run (not blocked) that a source folder still lacks while
-  // another folder has them. Such a file would look deleted next time, so
+  // another source folder has them. Such a file would look deleted next time, so
   // the last-sync date must not move while there are any.
   long IncompleteFiles() const;
 

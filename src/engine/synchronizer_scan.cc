@@ -428,11 +428,14 @@ long Synchronizer::IncompleteFiles() const {
   long incomplete = 0;
   for (const auto& file : files_) {
     if (file->Blocked()) continue;
-    bool anywhere = false;
-    for (int i = 1; i <= WPathCount() && !anywhere; ++i) {
-      anywhere = file->CopyExists(i);
+    // Only a file that some source still has would look deleted from the
+    // others; copies left in other folders drop out of later runs.
+    bool in_a_source = false;
+    for (int i = 1; i <= WPathCount() && !in_a_source; ++i) {
+      in_a_source =
+          FolderTypeOf(WPathFlags(i)) == kFolderSource && file->CopyExists(i);
     }
-    if (anywhere &&
+    if (in_a_source &&
         (file->ComputeSituation(false) & kSituMissingFromSource) != 0) {
       ++incomplete;
     }

@@ -1,0 +1,647 @@
+// Runs that must not lose data, on real folders: the last-sync date that
+// stays while an operation failed or a source still lacks a file, an empty
+// source that would make the other folders' files look deleted, names a
+// listing leaves out (symbolic links, names equal ignoring case) that block
+// their files, names spelled in another case per folder, names that a path
+// join must keep as they are, more folders than a file has records for,
+// simulations that create no folder, merge-to copies that are never deleted,
+// and replacing a file's content through a link.
+#include <dirent.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <ctime>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "config/ini_file.h"
+#include "config/ini_file_section.h"
+#include "config/module.h"
+#include "engine/log_file.h"
+#include "engine/run_state.h"
+#include "engine/sync_driver.h"
+#include "engine/sync_file.h"
+#include "engine/synchronizer.h"
+#include "support/immutable_guard.h"
+#include "support/recording_user_interface.h"
+#include "support/temp_dir.h"
+#include "support/test_dates.h"
+#include "util/text_file.h"
+#include "util/user_interface.h"
+
+namespace pairwell {
+namespace {
+
+// Fixed modification times in seconds since the epoch: 2020-09-13 and
+// 2023-11-14. The sets' last synchronization lies between them.
+constexpr std::int64_t kOldTime = 1600000000;
+constexpr std::int64_t kNewTime = 1700000000;
+
+double LastSync() { return MakeDate(2022, 1, 1); }
+
+void MakeFolder(const std::string& path) {
+  ASSERT_EQ(mkdir(path.c_str(), 0755), 0) << path;
+}
+
+void MakeLink(const std::string& target, const std::string& link) {
+  ASSERT_EQ(symlink(target.c_str(), link.c_str()), 0) << link;
+}
+
+// Writes the file with the given bytes and modification time.
+void Put(const std::string& path, const std::string& content,
+         std::int64_t seconds) {
+  {
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out << content;
+    ASSERT_TRUE(out.good()) << path;
+  }
+  const struct timespec times[2] = {{0, UTIME_OMIT},
+                                    {static_cast<time_t>(seconds), 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
+}
+
+std::string Read(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream content;
+  content << in.rdbuf();
+  return content.str();
+}
+
+bool Exists(const std::string& path) {
+  struct stat st;
+  return lstat(path.c_str(), &st) == 0;
+}
+
+bool IsLink(const std::string& path) {
+  struct stat st;
+  return lstat(path.c_str(), &st) == 0 && S_ISLNK(st.st_mode);
+}
+
+std::int64_t ModifySeconds(const std::string& path) {
+  struct stat st;
+  if (stat(path.c_str(), &st) != 0) return -1;
+  return st.st_mtim.tv_sec;
+}
+
+// The names in the folder exactly as it holds them, sorted by bytes.
+std::vector<std::string> Names(const std::string& folder) {
+  std::vector<std::string> names;
+  DIR* dir = opendir(folder.c_str());
+  if (dir == nullptr) return names;
+  while (const struct dirent* entry = readdir(dir)) {
+    const std::string name = entry->d_name;
+    if (name != "." && name != "..") names.push_back(name);
+  }
+  closedir(dir);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// The progress window's log box.
+class TextEcho : public LogEchoTarget {
+ public:
+  std::size_t TextLength() const override { return text.size(); }
+  void AppendText(const std::string& more) override { text += more; }
+  void ClearText() override { text.clear(); }
+
+  std::string text;
+};
+
+class RunSafetyTest : public ::testing::Test {
+ protected:
+  RunSafetyTest() {
+    a_ = tmp_.Join("a");
+    b_ = tmp_.Join("b");
+    g_ = tmp_.Join("g");
+    outside_ = tmp_.Join("outside");
+    MakeFolder(a_);
+    MakeFolder(b_);
+    MakeFolder(outside_);
+    ResetRunState();
+    // The log only echoes: a run sets the log's path from the set, which
+    // has no log file.
+    ui_.log_echo = &echo_;
+    log_.EchoTextBox = &echo_;
+    set_.Name = "Docs";
+    set_.SetLog(&log_);
+    EXPECT_TRUE(catalogue_file_.LoadFile(std::string(PAIRWELL_SOURCE_DIR) +
+                                         "/data/Pairwell.ini"));
+    catalogue_ = catalogue_file_.Section("Conflict Types");
+    EXPECT_TRUE(catalogue_);
+    if (catalogue_) set_.ReadConflictInfo(*catalogue_);
+  }
+
+  ~RunSafetyTest() override {
+    ResetRunState();
+    log_.CloseLog();
+  }
+
+  static void ResetRunState() {
+    RunState& state = TheRunState();
+    state.simulation_mode = false;
+    state.error_handling = nullptr;
+    state.first_phase = true;
+    state.busy = false;
+    state.interactive = false;
+    state.current_set = nullptr;
+    TheINIFile().RemoveSection("ErrorHandling");
+  }
+
+  // Folders a and b, both sources.
+  void UseFolders() {
+    set_.PathAdd(a_);
+    set_.PathAdd(b_);
+  }
+
+  void Build() {
+    ASSERT_TRUE(set_.BuildActionList());
+    ASSERT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
+  }
+
+  // The run's file of that relative name; fails the test when missing.
+  SyncFile& File(const std::string& relative_name) {
+    for (long i = 1; i <= set_.WFileCount(); ++i) {
+      if (set_.WFile(i).RelativeName() == relative_name) return set_.WFile(i);
+    }
+    ADD_FAILURE() << "no file " << relative_name << " in the run";
+    throw std::runtime_error("missing file");
+  }
+
+  // The 1-based index of the set's conflict type of that name, or 0.
+  int TypeNamed(const std::string& name) const {
+    for (int c = 1; c <= set_.ConflictTypeCount(); ++c) {
+      if (set_.ConflictTypes(c).Name == name) return c;
+    }
+    return 0;
+  }
+
+  // Whether the temporary folder's file system tells names apart by case.
+  bool CaseSensitive() const {
+    const std::string probe = tmp_.Join("case-probe");
+    Put(probe, "", kOldTime);
+    const bool sensitive = !Exists(tmp_.Join("CASE-PROBE"));
+    unlink(probe.c_str());
+    return sensitive;
+  }
+
+  std::string LogText() const { return echo_.text; }
+
+  static std::string DateStaysLine(long failed, long incomplete) {
+    return "The last synchronization date stays as it was: " +
+           std::to_string(failed) + " operations failed and " +
+           std::to_string(incomplete) +
+           " files are not in every source folder yet.";
+  }
+
+  RecordingUserInterface ui_;
+  TempDir tmp_;
+  std::string a_;
+  std::string b_;
+  std::string g_;
+  std::string outside_;
+  TextEcho echo_;
+  LogFile log_;
+  INIFile catalogue_file_;
+  std::shared_ptr<INIFileSection> catalogue_;
+  Synchronizer set_;
+};
+
+// --- The last-sync date -----------------------------------------------------
+
+TEST_F(RunSafetyTest, IgnoredCopyErrorKeepsTheDateUntilARunCompletesTheCopy) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(a_ + "/new.txt", "only in a", kNewTime);
+  {
+    ImmutableGuard guard(b_);
+    if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
+    ui_.answers = {kIdIgnore};
+
+    EXPECT_TRUE(RunSyncSets({&set_}, false));
+
+    ASSERT_EQ(ui_.messages.size(), 1u);
+    EXPECT_TRUE(Contains(ui_.messages[0].text,
+                         "Unable to perform the copy operation:\n\n" + a_ +
+                             "/new.txt -> " + b_ + "/new.txt"))
+        << ui_.messages[0].text;
+    EXPECT_EQ(set_.IgnoredErrors(), 1);
+    EXPECT_EQ(set_.LastSyncDate, LastSync());
+    EXPECT_TRUE(Contains(LogText(), DateStaysLine(1, 1))) << LogText();
+    EXPECT_FALSE(Exists(b_ + "/new.txt"));
+  }
+  // Had the date moved, the copy in a would now look deleted from b.
+  ui_.messages.clear();
+  echo_.text.clear();
+
+  EXPECT_TRUE(RunSyncSets({&set_}, false));
+
+  EXPECT_TRUE(ui_.messages.empty());
+  EXPECT_EQ(Read(b_ + "/new.txt"), "only in a");
+  EXPECT_EQ(Read(a_ + "/new.txt"), "only in a");
+  EXPECT_EQ(set_.IgnoredErrors(), 0);
+  EXPECT_EQ(set_.LastSyncDate, set_.ScanStarted());
+  EXPECT_GT(set_.LastSyncDate, LastSync());
+  EXPECT_FALSE(Contains(LogText(), "The last synchronization date stays"))
+      << LogText();
+}
+
+TEST_F(RunSafetyTest, CopyErrorIgnoredByTheErrorTableKeepsTheDate) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(a_ + "/new.txt", "only in a", kNewTime);
+  TheINIFile().AddSection("ErrorHandling")->AddVar("Code1", "I");
+  ImmutableGuard guard(b_);
+  if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
+
+  EXPECT_TRUE(RunSyncSets({&set_}, false));
+
+  EXPECT_TRUE(ui_.messages.empty());
+  EXPECT_EQ(set_.IgnoredErrors(), 1);
+  EXPECT_EQ(set_.LastSyncDate, LastSync());
+  EXPECT_TRUE(Contains(LogText(), DateStaysLine(1, 1))) << LogText();
+}
+
+TEST_F(RunSafetyTest, TypeThatCreatesNoCopyLeavesTheFileAloneAndTheDate) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(a_ + "/new.txt", "only in a", kNewTime);
+  const int type = TypeNamed("New in one folder");
+  ASSERT_GT(type, 0);
+  set_.ConflictTypes(type).StringToCustomConfig("3");
+  ASSERT_FALSE(set_.ConflictTypes(type).CreateDest);
+  Build();
+  SyncFile& file = File("new.txt");
+  EXPECT_EQ(file.ComputeConflictIndex(), type);
+  EXPECT_EQ(file.Action, kUseNewest);
+  EXPECT_EQ(file.ActionFlags & kFlagCreate, 0);
+  file.CalcNoEffect();
+  EXPECT_NE(file.ActionFlags & kFlagNoEffect, 0);
+  EXPECT_EQ(set_.IncompleteFiles(), 1);
+  set_.FreeSyncData();
+
+  EXPECT_TRUE(RunSyncSets({&set_}, false));
+
+  EXPECT_FALSE(Exists(b_ + "/new.txt"));
+  EXPECT_EQ(Read(a_ + "/new.txt"), "only in a");
+  EXPECT_EQ(set_.IgnoredErrors(), 0);
+  EXPECT_EQ(set_.LastSyncDate, LastSync());
+  EXPECT_TRUE(Contains(LogText(), DateStaysLine(0, 1))) << LogText();
+}
+
+// --- An empty source --------------------------------------------------------
+
+TEST_F(RunSafetyTest, EmptySourceAfterASyncStopsTheRunBeforeAnyDeletion) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(b_ + "/x.txt", "x in b", kOldTime);
+  Put(b_ + "/y.txt", "y in b", kOldTime);
+
+  EXPECT_FALSE(RunSyncSets({&set_}, false));
+
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_EQ(ui_.messages[0].text,
+            "The synchronization cannot proceed because the folder '" + a_ +
+                "' is empty, so the files of the other folders would be "
+                "deleted.  If it is a drive or share that is not mounted, "
+                "mount it and try again; to delete the files, delete them in "
+                "the other folders too.");
+  EXPECT_EQ(ui_.messages[0].style, kMbExclamation);
+  EXPECT_EQ(Read(b_ + "/x.txt"), "x in b");
+  EXPECT_EQ(Read(b_ + "/y.txt"), "y in b");
+  EXPECT_TRUE(Names(a_).empty());
+  EXPECT_EQ(set_.LastSyncDate, LastSync());
+}
+
+TEST_F(RunSafetyTest, EmptySourceAtTheFirstSyncReceivesTheOtherFiles) {
+  UseFolders();
+  Put(b_ + "/x.txt", "x in b", kOldTime);
+  Put(b_ + "/y.txt", "y in b", kOldTime);
+
+  EXPECT_TRUE(RunSyncSets({&set_}, false));
+
+  EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
+  EXPECT_EQ(Read(a_ + "/x.txt"), "x in b");
+  EXPECT_EQ(Read(a_ + "/y.txt"), "y in b");
+  EXPECT_EQ(Read(b_ + "/x.txt"), "x in b");
+  EXPECT_EQ(set_.LastSyncDate, set_.ScanStarted());
+}
+
+// --- Names a listing leaves out ---------------------------------------------
+
+TEST_F(RunSafetyTest, LinkedFolderBlocksTheFilesUnderItsName) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  MakeLink(outside_, a_ + "/music");
+  MakeFolder(b_ + "/music");
+  Put(b_ + "/music/s1.mp3", "song", kOldTime);
+  Build();
+
+  SyncFile& file = File("music/s1.mp3");
+  EXPECT_TRUE(file.Blocked());
+  EXPECT_EQ(file.Action, kUndecided);
+  EXPECT_EQ(file.PerformAction(true), 0);
+  EXPECT_EQ(set_.IncompleteFiles(), 0);
+  EXPECT_TRUE(Contains(LogText(),
+                       "Left alone: music/s1.mp3 (a folder holds something "
+                       "under that name that is not synchronized)"))
+      << LogText();
+
+  set_.PerformActions();
+
+  EXPECT_EQ(Read(b_ + "/music/s1.mp3"), "song");
+  EXPECT_TRUE(IsLink(a_ + "/music"));
+  EXPECT_TRUE(Names(outside_).empty());
+}
+
+TEST_F(RunSafetyTest, BlockedFilesDoNotHoldTheDateBack) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  MakeLink(outside_, a_ + "/music");
+  MakeFolder(b_ + "/music");
+  Put(b_ + "/music/s1.mp3", "song", kOldTime);
+
+  EXPECT_TRUE(RunSyncSets({&set_}, false));
+
+  EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
+  EXPECT_EQ(Read(b_ + "/music/s1.mp3"), "song");
+  EXPECT_TRUE(Names(outside_).empty());
+  EXPECT_EQ(set_.LastSyncDate, set_.ScanStarted());
+  EXPECT_FALSE(Contains(LogText(), "The last synchronization date stays"))
+      << LogText();
+}
+
+TEST_F(RunSafetyTest, LinkedFileIsNotReplacedByTheNewerCopy) {
+  UseFolders();
+  Put(outside_ + "/real.conf", "the link's target", kOldTime);
+  Put(a_ + "/app.conf", "newer settings", kNewTime);
+  MakeLink(outside_ + "/real.conf", b_ + "/app.conf");
+  Build();
+
+  SyncFile& file = File("app.conf");
+  EXPECT_TRUE(file.Blocked());
+  EXPECT_EQ(file.Action, kUndecided);
+  EXPECT_EQ(set_.IncompleteFiles(), 0);
+  EXPECT_TRUE(Contains(LogText(),
+                       "Left alone: app.conf (a folder holds something under "
+                       "that name that is not synchronized)"))
+      << LogText();
+
+  set_.PerformActions();
+
+  EXPECT_TRUE(IsLink(b_ + "/app.conf"));
+  EXPECT_EQ(Read(outside_ + "/real.conf"), "the link's target");
+  EXPECT_EQ(ModifySeconds(outside_ + "/real.conf"), kOldTime);
+  EXPECT_EQ(Read(a_ + "/app.conf"), "newer settings");
+  EXPECT_EQ(Names(outside_), std::vector<std::string>{"real.conf"});
+}
+
+TEST_F(RunSafetyTest, NamesEqualIgnoringCaseBlockTheFile) {
+  if (!CaseSensitive()) GTEST_SKIP() << "the file system ignores case";
+  UseFolders();
+  Put(a_ + "/notes.txt", "notes in a", kOldTime);
+  Put(b_ + "/Notes.txt", "Notes in b, newest", kNewTime);
+  Put(b_ + "/notes.txt", "notes in b", kOldTime + 60);
+  Build();
+
+  SyncFile& file = File("notes.txt");
+  EXPECT_TRUE(file.Blocked());
+  EXPECT_EQ(file.Action, kUndecided);
+  EXPECT_TRUE(Contains(LogText(), "Left out: " + b_ +
+                                      "/notes.txt (its name differs only in "
+                                      "case from " +
+                                      b_ + "/Notes.txt)"))
+      << LogText();
+
+  set_.PerformActions();
+
+  EXPECT_EQ(Read(a_ + "/notes.txt"), "notes in a");
+  EXPECT_EQ(ModifySeconds(a_ + "/notes.txt"), kOldTime);
+  EXPECT_EQ(Read(b_ + "/Notes.txt"), "Notes in b, newest");
+  EXPECT_EQ(ModifySeconds(b_ + "/Notes.txt"), kNewTime);
+  EXPECT_EQ(Read(b_ + "/notes.txt"), "notes in b");
+  EXPECT_EQ(ModifySeconds(b_ + "/notes.txt"), kOldTime + 60);
+  EXPECT_EQ(Names(a_), std::vector<std::string>{"notes.txt"});
+  EXPECT_EQ(Names(b_), (std::vector<std::string>{"Notes.txt", "notes.txt"}));
+}
+
+// --- Spelling per folder ----------------------------------------------------
+
+TEST_F(RunSafetyTest, CopyOverwritesTheFileAsTheFolderSpellsIt) {
+  if (!CaseSensitive()) GTEST_SKIP() << "the file system ignores case";
+  UseFolders();
+  Put(a_ + "/notes.txt", "newer notes", kNewTime);
+  Put(b_ + "/Notes.txt", "old notes", kOldTime);
+  Build();
+
+  SyncFile& file = File("notes.txt");
+  EXPECT_FALSE(file.Blocked());
+  EXPECT_EQ(file.FullPath(1), a_ + "/notes.txt");
+  EXPECT_EQ(file.FullPath(2), b_ + "/Notes.txt");
+  file.Action = kUseNewest;
+  file.SourceIndex = 1;
+  file.ActionFlags |= kFlagCreate;
+
+  set_.PerformActions();
+
+  EXPECT_EQ(Names(b_), std::vector<std::string>{"Notes.txt"});
+  EXPECT_EQ(Read(b_ + "/Notes.txt"), "newer notes");
+  EXPECT_EQ(ModifySeconds(b_ + "/Notes.txt"), kNewTime);
+  EXPECT_EQ(Names(a_), std::vector<std::string>{"notes.txt"});
+}
+
+TEST_F(RunSafetyTest, NewFileLandsInTheFolderAsTheDestinationSpellsIt) {
+  if (!CaseSensitive()) GTEST_SKIP() << "the file system ignores case";
+  UseFolders();
+  MakeFolder(a_ + "/Docs");
+  Put(a_ + "/Docs/new.txt", "a new document", kNewTime);
+  MakeFolder(b_ + "/docs");
+  Build();
+
+  SyncFile& file = File("Docs/new.txt");
+  EXPECT_EQ(file.FullPath(2), b_ + "/docs/new.txt");
+
+  set_.PerformActions();
+
+  EXPECT_EQ(Names(b_), std::vector<std::string>{"docs"});
+  EXPECT_EQ(Read(b_ + "/docs/new.txt"), "a new document");
+  EXPECT_FALSE(Exists(b_ + "/Docs"));
+}
+
+// --- Names kept as listed ---------------------------------------------------
+
+TEST_F(RunSafetyTest, NamesWithTrailingBlankOrColonAreCopiedAsTheyAre) {
+  UseFolders();
+  Put(a_ + "/data", "plain data", kNewTime);
+  Put(a_ + "/data ", "data with a trailing blank", kNewTime);
+  Put(a_ + "/1:1 agenda.txt", "agenda", kNewTime);
+
+  EXPECT_TRUE(RunSyncSets({&set_}, false));
+
+  EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
+  EXPECT_EQ(Names(b_),
+            (std::vector<std::string>{"1:1 agenda.txt", "data", "data "}));
+  EXPECT_EQ(Read(b_ + "/data"), "plain data");
+  EXPECT_EQ(Read(b_ + "/data "), "data with a trailing blank");
+  EXPECT_EQ(Read(b_ + "/1:1 agenda.txt"), "agenda");
+  EXPECT_EQ(Read(a_ + "/data"), "plain data");
+  EXPECT_EQ(Read(a_ + "/data "), "data with a trailing blank");
+  EXPECT_EQ(Names(a_),
+            (std::vector<std::string>{"1:1 agenda.txt", "data", "data "}));
+  EXPECT_EQ(set_.LastSyncDate, set_.ScanStarted());
+}
+
+// --- Folder count -----------------------------------------------------------
+
+TEST_F(RunSafetyTest, MoreThanEightEnabledFoldersAreRefused) {
+  INIFileSection section("Sec: Nine");
+  for (int i = 1; i <= 9; ++i) {
+    const std::string folder = tmp_.Join("f" + std::to_string(i));
+    MakeFolder(folder);
+    Put(folder + "/file" + std::to_string(i) + ".txt", "x", kOldTime);
+    section.AddVar("Dir" + std::to_string(i), folder);
+    section.AddVar("Dir" + std::to_string(i) + "Flags", "4");
+  }
+  set_.ReadFromINI(section);
+  ASSERT_EQ(set_.PathCount(), 9);
+
+  EXPECT_FALSE(set_.BuildActionList());
+
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_EQ(ui_.messages[0].text,
+            "The synchronization cannot proceed because more than 8 folders "
+            "are enabled.  Disable or remove folders until no more than 8 "
+            "are left.");
+  EXPECT_EQ(ui_.messages[0].style, kMbInformation);
+  EXPECT_EQ(set_.WFileCount(), 0);
+  EXPECT_EQ(set_.WPathCount(), 0);
+
+  // With one of them disabled the run goes ahead.
+  ui_.messages.clear();
+  set_.ClearPathFlag(9, kFolderEnabled);
+  EXPECT_TRUE(set_.BuildActionList());
+  EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
+  EXPECT_EQ(set_.WPathCount(), 8);
+  EXPECT_EQ(set_.WFileCount(), 8);
+}
+
+// --- Simulation
+// ---------------------------------------------------------------
+
+TEST_F(RunSafetyTest, SimulationCreatesNoMissingFolder) {
+  const std::string missing = tmp_.Join("not-yet");
+  set_.PathAdd(a_);
+  set_.PathAdd(missing);
+  set_.SetPathFlag(2, kFolderAllowBaseCreation);
+  Put(a_ + "/new.txt", "only in a", kNewTime);
+  TheRunState().simulation_mode = true;
+
+  EXPECT_TRUE(RunSyncSets({&set_}, false));
+
+  TheRunState().simulation_mode = false;
+  EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
+  EXPECT_FALSE(Exists(missing));
+  EXPECT_TRUE(Contains(LogText(), "Would create folder " + missing + "\n"))
+      << LogText();
+  EXPECT_FALSE(Contains(LogText(), "Created folder")) << LogText();
+  EXPECT_EQ(set_.LastSyncDate, 0);
+}
+
+// --- Merge-to folders
+// ---------------------------------------------------------
+
+TEST_F(RunSafetyTest, DeletionFromASourceLeavesTheMergeToCopy) {
+  MakeFolder(g_);
+  set_.PathAdd(a_);
+  set_.PathAdd(b_);
+  set_.PathAdd(g_);
+  set_.SetPathFlags(3, kFolderEnabled | kFolderMergeTo);
+  set_.LastSyncDate = LastSync();
+  // f.txt was in every folder at the last sync; a has deleted it since.
+  Put(b_ + "/f.txt", "shared", kOldTime);
+  Put(g_ + "/f.txt", "shared", kOldTime);
+  Put(a_ + "/keep.txt", "kept", kOldTime);
+  Put(b_ + "/keep.txt", "kept", kOldTime);
+  Build();
+
+  SyncFile& file = File("f.txt");
+  EXPECT_EQ(file.Action, kDeleteAll);
+  EXPECT_TRUE(file.Deletable(2));
+  EXPECT_FALSE(file.Deletable(3));
+
+  set_.PerformActions();
+
+  EXPECT_FALSE(Exists(b_ + "/f.txt"));
+  EXPECT_EQ(Read(g_ + "/f.txt"), "shared");
+  EXPECT_TRUE(Contains(LogText(), "Deleting " + b_ + "/f.txt")) << LogText();
+  EXPECT_FALSE(Contains(LogText(), "Deleting " + g_)) << LogText();
+}
+
+// No source has the file any more, so nothing can look deleted next time:
+// the copy the merge-to folder keeps is no reason to keep the old date.
+TEST_F(RunSafetyTest, MergeToCopyLeftAfterADeletionDoesNotHoldTheDateBack) {
+  MakeFolder(g_);
+  set_.PathAdd(a_);
+  set_.PathAdd(b_);
+  set_.PathAdd(g_);
+  set_.SetPathFlags(3, kFolderEnabled | kFolderMergeTo);
+  set_.LastSyncDate = LastSync();
+  Put(b_ + "/f.txt", "shared", kOldTime);
+  Put(g_ + "/f.txt", "shared", kOldTime);
+  Put(a_ + "/keep.txt", "kept", kOldTime);
+  Put(b_ + "/keep.txt", "kept", kOldTime);
+
+  EXPECT_TRUE(RunSyncSets({&set_}, false));
+
+  EXPECT_FALSE(Exists(b_ + "/f.txt"));
+  EXPECT_EQ(Read(g_ + "/f.txt"), "shared");
+  EXPECT_EQ(set_.LastSyncDate, set_.ScanStarted());
+  EXPECT_FALSE(Contains(LogText(), "The last synchronization date stays"))
+      << LogText();
+
+  // A later run does not list the file at all: a merge-to folder adds no
+  // names of its own.
+  echo_.text.clear();
+  EXPECT_TRUE(RunSyncSets({&set_}, false));
+
+  EXPECT_EQ(Read(g_ + "/f.txt"), "shared");
+  EXPECT_EQ(set_.LastSyncDate, set_.ScanStarted());
+  EXPECT_FALSE(Contains(LogText(), "The last synchronization date stays"))
+      << LogText();
+}
+
+// --- Replacing a file's content ---------------------------------------------
+
+TEST_F(RunSafetyTest, ReplacingContentThroughALinkKeepsTheLink) {
+  const std::string target = tmp_.Join("outside/settings.ini");
+  const std::string link = a_ + "/settings.ini";
+  Put(target, "old settings", kOldTime);
+  MakeLink(target, link);
+
+  ReplaceFileContent(link, "new settings");
+
+  EXPECT_TRUE(IsLink(link));
+  char buffer[4096];
+  const ssize_t length = readlink(link.c_str(), buffer, sizeof buffer);
+  ASSERT_GT(length, 0);
+  EXPECT_EQ(std::string(buffer, static_cast<std::size_t>(length)), target);
+  EXPECT_EQ(Read(target), "new settings");
+  EXPECT_EQ(Read(link), "new settings");
+  EXPECT_EQ(Names(a_), std::vector<std::string>{"settings.ini"});
+  EXPECT_EQ(Names(outside_), std::vector<std::string>{"settings.ini"});
+}
+
+}  // namespace
+}  // namespace pairwell
