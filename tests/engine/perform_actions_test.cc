@@ -30,6 +30,7 @@
 #include "engine/run_state.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
+#include "support/disk_files.h"
 #include "support/immutable_guard.h"
 #include "support/recording_user_interface.h"
 #include "support/temp_dir.h"
@@ -68,37 +69,6 @@ std::string FolderMessage(const std::string& folder) {
 
 std::string DeleteMessage(const std::string& path) {
   return "Unable to delete the following file:\n\n" + path;
-}
-
-void MakeFolder(const std::string& path) {
-  ASSERT_EQ(mkdir(path.c_str(), 0755), 0) << path;
-}
-
-// Writes the file with the given bytes, permission bits and modification
-// time.
-void Put(const std::string& path, const std::string& content,
-         std::int64_t seconds, long nanoseconds = 0, mode_t mode = 0644) {
-  {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << content;
-    ASSERT_TRUE(out.good()) << path;
-  }
-  ASSERT_EQ(chmod(path.c_str(), mode), 0) << path;
-  const struct timespec times[2] = {
-      {0, UTIME_OMIT}, {static_cast<time_t>(seconds), nanoseconds}};
-  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
-}
-
-std::string Read(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-bool Exists(const std::string& path) {
-  struct stat st;
-  return lstat(path.c_str(), &st) == 0;
 }
 
 bool IsFolder(const std::string& path) {

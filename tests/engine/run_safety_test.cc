@@ -31,6 +31,7 @@
 #include "engine/sync_driver.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
+#include "support/disk_files.h"
 #include "support/immutable_guard.h"
 #include "support/recording_user_interface.h"
 #include "support/temp_dir.h"
@@ -48,37 +49,8 @@ constexpr std::int64_t kNewTime = 1700000000;
 
 double LastSync() { return MakeDate(2022, 1, 1); }
 
-void MakeFolder(const std::string& path) {
-  ASSERT_EQ(mkdir(path.c_str(), 0755), 0) << path;
-}
-
 void MakeLink(const std::string& target, const std::string& link) {
   ASSERT_EQ(symlink(target.c_str(), link.c_str()), 0) << link;
-}
-
-// Writes the file with the given bytes and modification time.
-void Put(const std::string& path, const std::string& content,
-         std::int64_t seconds) {
-  {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << content;
-    ASSERT_TRUE(out.good()) << path;
-  }
-  const struct timespec times[2] = {{0, UTIME_OMIT},
-                                    {static_cast<time_t>(seconds), 0}};
-  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
-}
-
-std::string Read(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-bool Exists(const std::string& path) {
-  struct stat st;
-  return lstat(path.c_str(), &st) == 0;
 }
 
 bool IsLink(const std::string& path) {

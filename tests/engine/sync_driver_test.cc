@@ -29,6 +29,7 @@
 #include "engine/run_state.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
+#include "support/disk_files.h"
 #include "support/immutable_guard.h"
 #include "support/recording_user_interface.h"
 #include "support/temp_dir.h"
@@ -44,34 +45,6 @@ constexpr std::int64_t kPastTime = 1700000000;
 
 std::int64_t FutureTime() {
   return static_cast<std::int64_t>(std::time(nullptr)) + 30 * 86400;
-}
-
-void MakeFolder(const std::string& path) {
-  ASSERT_EQ(mkdir(path.c_str(), 0755), 0) << path;
-}
-
-void Put(const std::string& path, const std::string& content,
-         std::int64_t seconds) {
-  {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << content;
-    ASSERT_TRUE(out.good()) << path;
-  }
-  const struct timespec times[2] = {{0, UTIME_OMIT},
-                                    {static_cast<time_t>(seconds), 0}};
-  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
-}
-
-std::string Read(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-bool Exists(const std::string& path) {
-  struct stat st;
-  return lstat(path.c_str(), &st) == 0;
 }
 
 bool Contains(const std::string& text, const std::string& part) {

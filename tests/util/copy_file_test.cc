@@ -19,6 +19,7 @@
 #include <string>
 #include <vector>
 
+#include "support/disk_files.h"
 #include "support/immutable_guard.h"
 #include "support/temp_dir.h"
 #include "util/file_system.h"
@@ -28,31 +29,6 @@ namespace {
 
 constexpr std::int64_t kOldTime = 1600000000;  // 2020-09-13
 constexpr std::int64_t kNewTime = 1700000000;  // 2023-11-14
-
-void Put(const std::string& path, const std::string& content,
-         std::int64_t seconds, long nanoseconds = 0, mode_t mode = 0644) {
-  {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    out << content;
-    ASSERT_TRUE(out.good()) << path;
-  }
-  ASSERT_EQ(chmod(path.c_str(), mode), 0) << path;
-  const struct timespec times[2] = {
-      {0, UTIME_OMIT}, {static_cast<time_t>(seconds), nanoseconds}};
-  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
-}
-
-std::string Read(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-bool Exists(const std::string& path) {
-  struct stat st;
-  return lstat(path.c_str(), &st) == 0;
-}
 
 struct stat StatOf(const std::string& path) {
   struct stat st = {};
