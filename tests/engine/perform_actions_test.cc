@@ -76,49 +76,6 @@ bool IsFolder(const std::string& path) {
   return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
-// What a test compares before and after: bytes, modification time and mode.
-struct FileState {
-  std::string content;
-  std::int64_t seconds = 0;
-  long nanoseconds = 0;
-  mode_t mode = 0;
-
-  bool operator==(const FileState& other) const {
-    return content == other.content && seconds == other.seconds &&
-           nanoseconds == other.nanoseconds && mode == other.mode;
-  }
-};
-
-std::ostream& operator<<(std::ostream& out, const FileState& state) {
-  return out << "{\"" << state.content << "\", " << state.seconds << "."
-             << state.nanoseconds << ", mode 0" << std::oct << state.mode
-             << std::dec << "}";
-}
-
-FileState StateOf(const std::string& path) {
-  FileState state;
-  struct stat st;
-  if (stat(path.c_str(), &st) != 0) return state;
-  state.content = Read(path);
-  state.seconds = st.st_mtim.tv_sec;
-  state.nanoseconds = st.st_mtim.tv_nsec;
-  state.mode = st.st_mode & 07777;
-  return state;
-}
-
-// The names in the folder that an unfinished copy would leave.
-std::vector<std::string> PartialFiles(const std::string& folder) {
-  std::vector<std::string> found;
-  DIR* dir = opendir(folder.c_str());
-  if (dir == nullptr) return found;
-  while (const struct dirent* entry = readdir(dir)) {
-    const std::string name = entry->d_name;
-    if (name.rfind(kPartialCopyPrefix, 0) == 0) found.push_back(name);
-  }
-  closedir(dir);
-  return found;
-}
-
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream in(text);

@@ -1,11 +1,15 @@
 #include "support/disk_files.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
+
+#include "util/file_system.h"
 
 namespace pairwell {
 
@@ -36,6 +40,47 @@ std::string Read(const std::string& path) {
 bool Exists(const std::string& path) {
   struct stat st;
   return lstat(path.c_str(), &st) == 0;
+}
+
+std::ostream& operator<<(std::ostream& out, const FileState& state) {
+  const std::string shown = state.content.size() > 40
+                                ? state.content.substr(0, 40) + "..."
+                                : state.content;
+  return out << "{\"" << shown << "\" (" << state.content.size() << " bytes), "
+             << state.seconds << "." << state.nanoseconds << ", mode 0"
+             << std::oct << state.mode << std::dec << "}";
+}
+
+FileState StateOf(const std::string& path) {
+  FileState state;
+  struct stat st;
+  if (stat(path.c_str(), &st) != 0) return state;
+  state.content = Read(path);
+  state.seconds = st.st_mtim.tv_sec;
+  state.nanoseconds = st.st_mtim.tv_nsec;
+  state.mode = st.st_mode & 07777;
+  return state;
+}
+
+std::vector<std::string> Entries(const std::string& folder) {
+  std::vector<std::string> names;
+  DIR* dir = opendir(folder.c_str());
+  if (dir == nullptr) return names;
+  while (const struct dirent* entry = readdir(dir)) {
+    const std::string name = entry->d_name;
+    if (name != "." && name != "..") names.push_back(name);
+  }
+  closedir(dir);
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::vector<std::string> PartialFiles(const std::string& folder) {
+  std::vector<std::string> found;
+  for (const std::string& name : Entries(folder)) {
+    if (name.rfind(kPartialCopyPrefix, 0) == 0) found.push_back(name);
+  }
+  return found;
 }
 
 }  // namespace pairwell

@@ -5,7 +5,9 @@
 #include <sys/types.h>
 
 #include <cstdint>
+#include <ostream>
 #include <string>
+#include <vector>
 
 namespace pairwell {
 
@@ -22,6 +24,32 @@ std::string Read(const std::string& path);
 
 // Whether anything (a link included) stands at the path.
 bool Exists(const std::string& path);
+
+// What a test compares before and after: bytes, modification time (to the
+// nanosecond) and permission bits.
+struct FileState {
+  std::string content;
+  std::int64_t seconds = 0;
+  long nanoseconds = 0;
+  mode_t mode = 0;
+
+  bool operator==(const FileState& other) const {
+    return content == other.content && seconds == other.seconds &&
+           nanoseconds == other.nanoseconds && mode == other.mode;
+  }
+};
+
+// Prints the first 40 bytes, the size, the time and the mode.
+std::ostream& operator<<(std::ostream& out, const FileState& state);
+
+// The file's state; an empty state when it is missing.
+FileState StateOf(const std::string& path);
+
+// The folder's entries ("." and ".." left out), sorted.
+std::vector<std::string> Entries(const std::string& folder);
+
+// The names in the folder that an unfinished copy would leave.
+std::vector<std::string> PartialFiles(const std::string& folder);
 
 }  // namespace pairwell
 

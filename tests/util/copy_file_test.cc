@@ -38,61 +38,6 @@ struct stat StatOf(const std::string& path) {
 
 mode_t ModeOf(const std::string& path) { return StatOf(path).st_mode & 07777; }
 
-// Bytes, modification time (to the nanosecond) and permission bits.
-struct FileState {
-  std::string content;
-  std::int64_t seconds = 0;
-  long nanoseconds = 0;
-  mode_t mode = 0;
-
-  bool operator==(const FileState& other) const {
-    return content == other.content && seconds == other.seconds &&
-           nanoseconds == other.nanoseconds && mode == other.mode;
-  }
-};
-
-std::ostream& operator<<(std::ostream& out, const FileState& state) {
-  const std::string shown = state.content.size() > 40
-                                ? state.content.substr(0, 40) + "..."
-                                : state.content;
-  return out << "{\"" << shown << "\" (" << state.content.size() << " bytes), "
-             << state.seconds << "." << state.nanoseconds << ", mode 0"
-             << std::oct << state.mode << std::dec << "}";
-}
-
-FileState StateOf(const std::string& path) {
-  FileState state;
-  struct stat st;
-  if (stat(path.c_str(), &st) != 0) return state;
-  state.content = Read(path);
-  state.seconds = st.st_mtim.tv_sec;
-  state.nanoseconds = st.st_mtim.tv_nsec;
-  state.mode = st.st_mode & 07777;
-  return state;
-}
-
-// The folder's entries, sorted.
-std::vector<std::string> Entries(const std::string& folder) {
-  std::vector<std::string> names;
-  DIR* dir = opendir(folder.c_str());
-  if (dir == nullptr) return names;
-  while (const struct dirent* entry = readdir(dir)) {
-    const std::string name = entry->d_name;
-    if (name != "." && name != "..") names.push_back(name);
-  }
-  closedir(dir);
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-std::vector<std::string> PartialFiles(const std::string& folder) {
-  std::vector<std::string> found;
-  for (const std::string& name : Entries(folder)) {
-    if (name.rfind(kPartialCopyPrefix, 0) == 0) found.push_back(name);
-  }
-  return found;
-}
-
 // Bytes that repeat only every 251 positions, so that a shifted or
 // truncated block shows.
 std::string Pattern(std::size_t size) {
