@@ -34,13 +34,9 @@ const char* AnswerName(int answer) {
 ConsoleUserInterface::ConsoleUserInterface(const ConsoleOptions& options)
     : options_(options) {
   options_.show_progress = options.show_progress && isatty(STDERR_FILENO);
-  SetUserInterface(this);
 }
 
-ConsoleUserInterface::~ConsoleUserInterface() {
-  ClearProgress();
-  SetUserInterface(nullptr);
-}
+ConsoleUserInterface::~ConsoleUserInterface() { ClearProgress(); }
 
 int ConsoleUserInterface::Answer(int style) const {
   switch (style & kMbButtonsMask) {
@@ -99,10 +95,9 @@ void ConsoleUserInterface::AppendText(const std::string& text) {
   std::fputs(text.c_str(), options_.log_stream);
 }
 
-bool ConsoleUserInterface::ConfirmActions(Synchronizer& set) {
-  if (options_.assume_yes) return true;
+Confirmation ConsoleUserInterface::ConfirmActions(Synchronizer& set) {
+  if (options_.assume_yes) return Confirmation::kContinue;
   FlushLog();
-  confirmation_refused_ = true;
   std::fprintf(stderr,
                "Pairwell: these files of '%s' need confirmation; nothing was "
                "changed. Run again with --yes to accept their default "
@@ -115,7 +110,7 @@ bool ConsoleUserInterface::ConfirmActions(Synchronizer& set) {
     std::fprintf(stderr, "  %s  %s  %s\n", file.RelativeName().c_str(),
                  StatusText(file).c_str(), ActionText(file).c_str());
   }
-  return false;
+  return Confirmation::kRefused;
 }
 
 std::string ConsoleUserInterface::BrowseForFolder(const std::string&) {

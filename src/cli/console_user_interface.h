@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <string>
 
-#include "util/user_interface.h"
+#include "app/front_end.h"
 
 namespace pairwell {
 
@@ -22,7 +22,7 @@ struct ConsoleOptions {
   bool show_progress = false;
 };
 
-class ConsoleUserInterface final : public UserInterface, LogEchoTarget {
+class ConsoleUserInterface final : public FrontEnd, LogEchoTarget {
  public:
   explicit ConsoleUserInterface(const ConsoleOptions& options);
   ~ConsoleUserInterface() override;
@@ -37,7 +37,9 @@ class ConsoleUserInterface final : public UserInterface, LogEchoTarget {
   void HideProgress() override { ClearProgress(); }
   void EnableMainWindow(bool) override {}
   LogEchoTarget* LogEcho() override { return this; }
-  bool ConfirmActions(Synchronizer& set) override;
+  // Nobody is there to confirm: without assume_yes the files that need it
+  // are listed and the run is refused.
+  Confirmation ConfirmActions(Synchronizer& set) override;
   std::string BrowseForFolder(const std::string& prompt) override;
 
   // LogEchoTarget: a console has no size limit, so it reports no length.
@@ -47,9 +49,6 @@ class ConsoleUserInterface final : public UserInterface, LogEchoTarget {
 
   // The number of messages shown so far.
   int message_count() const { return message_count_; }
-  // Whether a run stopped because conflicts needed a confirmation that
-  // nobody gave.
-  bool confirmation_refused() const { return confirmation_refused_; }
 
  private:
   int Answer(int style) const;
@@ -61,7 +60,6 @@ class ConsoleUserInterface final : public UserInterface, LogEchoTarget {
   ConsoleOptions options_;
   bool progress_shown_ = false;
   int message_count_ = 0;
-  bool confirmation_refused_ = false;
 };
 
 }  // namespace pairwell

@@ -4,13 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "app/program.h"
+#include "app/sync_driver.h"
+#include "app/sync_plan.h"
 #include "cli/cli_options.h"
 #include "cli/console_user_interface.h"
 #include "cli/reports.h"
-#include "config/module.h"
-#include "engine/sync_driver.h"
-#include "engine/sync_file.h"
-#include "util/text.h"
 
 namespace pairwell {
 namespace {
@@ -21,45 +20,30 @@ int UsageError(const std::string& problem) {
   return kExitUsage;
 }
 
-// The set named (ignoring case) or numbered by `which`; null when none is.
-Synchronizer* FindSet(const std::string& which) {
-  SyncSetList& sets = SyncSets();
-  for (int i = 1; i <= sets.Count(); ++i) {
-    if (EqualsNoCase(sets.Item(i).Name, which)) return &sets.Item(i);
-  }
-  double number = 0;
-  if (ParseNumber(which, &number) && number >= 1 && number <= sets.Count() &&
-      number == static_cast<int>(number)) {
-    return &sets.Item(static_cast<int>(number));
-  }
-  return nullptr;
-}
-
-int RunPlan(const CliOptions& options) {
-  Synchronizer* set = FindSet(options.sets[0]);
+int RunPlan(Program& program, const CliOptions& options) {
+  Synchronizer* set = program.FindSyncSet(options.sets[0]);
   if (set == nullptr) {
     return UsageError("no sync set '" + options.sets[0] + "'");
   }
-  set->DryRun = true;
-  if (!set->BuildActionList()) return kExitFailed;
-  for (long i = 1; i <= set->WFileCount(); ++i) set->WFile(i).CalcNoEffect();
+  const SyncPlan plan(*set);
+  if (!plan.ok()) return kExitFailed;
   const std::string report = options.json ? PlanJson(*set) : PlanTable(*set);
   std::fputs(report.c_str(), stdout);
-  set->FreeSyncData();
   return kExitOk;
 }
 
 // The sets named on the command line, or every set with --all; false after
 // a usage message when one is unknown.
-bool ResolveSets(const CliOptions& options, std::vector<Synchronizer*>* sets) {
+bool ResolveSets(Program& program, const CliOptions& options,
+                 std::vector<Synchronizer*>* sets) {
   if (options.all_sets) {
-    for (int i = 1; i <= SyncSets().Count(); ++i) {
-      sets->push_back(&SyncSets().Item(i));
+    for (int i = 1; i <= program.SyncSets().Count(); ++i) {
+      sets->push_back(&program.SyncSets().Item(i));
     }
     return true;
   }
   for (const std::string& which : options.sets) {
-    Synchronizer* set = FindSet(which);
+    Synchronizer* set = program.FindSyncSet(which);
     if (set == nullptr) {
       UsageError("no sync set '" + which + "'");
       return false;
@@ -69,24 +53,14 @@ bool ResolveSets(const CliOptions& options, std::vector<Synchronizer*>* sets) {
   return true;
 }
 
-int RunSync(const CliOptions& options, const ConsoleUserInterface& ui) {
+int RunSync(Program& program, const CliOptions& options) {
   std::vector<Synchronizer*> sets;
-  if (!ResolveSets(options, &sets)) return kExitUsage;
-  if (options.simulate) SetSimulationMode(true);
-  std::vector<double> before;
-  for (const Synchronizer* set : sets) before.push_back(set->LastSyncDate);
-  const bool ok = RunSyncSets(sets, false);
-  if (!SimulationMode()) {
-    std::vector<const Synchronizer*> completed;
-    for (std::size_t i = 0; i < sets.size(); ++i) {
-      if (sets[i]->LastSyncDate != before[i]) completed.push_back(sets[i]);
-    }
-    if (!completed.empty() && !SaveLastSyncDates(completed)) {
-      return kExitFailed;
-    }
-  }
-  if (ui.confirmation_refused()) return kExitConfirm;
-  return ok ? kExitOk : kExitFailed;
+  if (!ResolveSets(program, options, &sets)) return kExitUsage;
+  if (options.simulate) program.SetSimulationMode(true);
+  const RunResult result = RunSyncSets(program, sets, RunOptions());
+  if (!result.dates_saved) return kExitFailed;
+  if (result.Any(SetOutcome::kConfirmationRefused)) return kExitConfirm;
+  return result.AllCompleted() ? kExitOk : kExitFailed;
 }
 
 int Run(const CliOptions& options) {
@@ -109,14 +83,15 @@ int Run(const CliOptions& options) {
     console.show_progress = true;
   }
   ConsoleUserInterface ui(console);
-  if (!Main("")) return kExitUsage;
-  TheLogFile().EchoTextBox = ui.LogEcho();
+  Program program(ui);
+  if (!program.Main("")) return kExitUsage;
+  program.TheLogFile().EchoTextBox = ui.LogEcho();
   if (options.command == "list") {
-    std::fputs(SetListText(SyncSets()).c_str(), stdout);
+    std::fputs(SetListText(program.SyncSets()).c_str(), stdout);
     return kExitOk;
   }
-  if (options.command == "sync") return RunSync(options, ui);
-  return RunPlan(options);
+  if (options.command == "sync") return RunSync(program, options);
+  return RunPlan(program, options);
 }
 
 }  // namespace

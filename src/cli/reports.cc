@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "cli/json_writer.h"
-#include "config/sync_set_list.h"
+#include "engine/sync_set_list.h"
 #include "engine/action_texts.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
@@ -12,13 +12,6 @@
 namespace pairwell {
 
 namespace {
-
-std::string FlagWords(int flags) {
-  std::string words = (flags & kFolderEnabled) ? "enabled" : "disabled";
-  if (flags & kFolderAllowBaseCreation) words += ", create base";
-  if (flags & kFolderSkipOnError) words += ", skip on error";
-  return words;
-}
 
 std::string PadRight(const std::string& text, std::size_t width) {
   return text.size() >= width ? text
@@ -74,12 +67,6 @@ void WriteFile(JsonWriter& json, const Synchronizer& set,
 
 }  // namespace
 
-std::string FolderTypeName(int flags) {
-  static const char* const kNames[] = {"Source folder", "Mirror to",
-                                       "Merge to"};
-  return kNames[FolderTypeOf(flags)];
-}
-
 std::string SetListText(const SyncSetList& sets) {
   std::string text;
   for (int i = 1; i <= sets.Count(); ++i) {
@@ -90,7 +77,7 @@ std::string SetListText(const SyncSetList& sets) {
     for (int j = 1; j <= set.PathCount(); ++j) {
       text += "    " + std::to_string(j) + "  " +
               PadRight(FolderTypeName(set.PathFlags(j)), 15) +
-              PadRight(FlagWords(set.PathFlags(j)), 34) + set.Path(j) + "\n";
+              PadRight(FolderFlagWords(set.PathFlags(j)), 34) + set.Path(j) + "\n";
     }
   }
   return text;

@@ -21,9 +21,6 @@ std::string PlanTable(const Synchronizer& set);
 // The run as one JSON object: set, lastSync, folders, files, stats.
 std::string PlanJson(const Synchronizer& set);
 
-// "Source folder", "Mirror to" or "Merge to" for a folder's flags.
-std::string FolderTypeName(int flags);
-
 }  // namespace pairwell
 
 #endif  // PAIRWELL_CLI_REPORTS_H_

@@ -9,6 +9,19 @@
 
 namespace pairwell {
 
+std::string FolderTypeName(std::int32_t flags) {
+  static const char* const kNames[] = {"Source folder", "Mirror to",
+                                       "Merge to"};
+  return kNames[FolderTypeOf(flags)];
+}
+
+std::string FolderFlagWords(std::int32_t flags) {
+  std::string words = (flags & kFolderEnabled) ? "enabled" : "disabled";
+  if (flags & kFolderAllowBaseCreation) words += ", create base";
+  if (flags & kFolderSkipOnError) words += ", skip on error";
+  return words;
+}
+
 bool IsConflict(const Synchronizer& set, int conflict_index) {
   if (conflict_index < 0) return true;
   return conflict_index > 0 && set.ConflictTypes(conflict_index).Configurable;

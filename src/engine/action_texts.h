@@ -1,6 +1,7 @@
-// The texts and counts by which a run's files are shown to the person: the
-// status column, the action column, the statistics line and the details of
-// each copy. The confirm window and the command line both use them.
+// The texts and counts by which a set and a run's files are shown to the
+// person: the folder labels, the status column, the action column, the
+// statistics line and the details of each copy. The windows and the command
+// line all use them.
 #ifndef PAIRWELL_ENGINE_ACTION_TEXTS_H_
 #define PAIRWELL_ENGINE_ACTION_TEXTS_H_
 
@@ -11,6 +12,13 @@ namespace pairwell {
 
 class Synchronizer;
 class SyncFile;
+
+// "Source folder", "Mirror to" or "Merge to" for a folder's flags.
+std::string FolderTypeName(std::int32_t flags);
+
+// The other folder flags in words: "enabled" or "disabled", then
+// ", create base" and ", skip on error" where set.
+std::string FolderFlagWords(std::int32_t flags);
 
 // Whether a file's conflict index (SyncFile::ComputeConflictIndex) stands
 // for a conflict, and one that needs the person's confirmation: an unknown

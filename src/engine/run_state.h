@@ -1,5 +1,6 @@
-// The program-wide state of synchronization runs, which the windows read and
-// the engine polls. One user-interface thread: no locks.
+// The state of synchronization runs that every set of the program shares:
+// the windows read it and the engine polls it. The program owns one and
+// connects each set to it. One user-interface thread: no locks.
 #ifndef PAIRWELL_ENGINE_RUN_STATE_H_
 #define PAIRWELL_ENGINE_RUN_STATE_H_
 
@@ -26,9 +27,6 @@ struct RunState {
   // when there is none.
   std::shared_ptr<const INIFileSection> error_handling;
 };
-
-// The one instance.
-RunState& TheRunState();
 
 }  // namespace pairwell
 

@@ -5,7 +5,6 @@
 
 #include "config/ini_file_section.h"
 #include "engine/log_file.h"
-#include "engine/run_state.h"
 #include "engine/synchronizer.h"
 #include "util/file_system.h"
 #include "util/path.h"
@@ -275,18 +274,28 @@ void SyncFile::CopyOver(int s, int d) {
   const std::string source = FullPath(s);
   const std::string dest = FullPath(d);
   owner_->TheLog().PrintL("Copy ", dest, " from ", source);
-  if (TheRunState().simulation_mode) return;
+  if (owner_->Run().simulation_mode) return;
   if (!UnchangedSinceScan(d)) return;
   if (!MakeDestinationFolder(d)) return;
   const bool read_only =
       CopyExists(d) && (Copy(d).attributes & (kAttrReadOnly | kAttrSystem));
+  // A long copy lets the windows breathe, and a stop ends it at once.
+  const CopyProgress progress = [this](std::int64_t, std::int64_t) {
+    owner_->ManageUI();
+    return !owner_->StopFlag;
+  };
   const bool copied = owner_->WithErrorPolicy(
       "Unable to perform the copy operation:\n\n" + source + " -> " + dest,
       [&] {
         if (read_only) ClearReadOnly(dest);
-        return CopyFileReplacing(source, dest);
+        return CopyFileReplacing(source, dest, progress);
       });
-  if (!copied) return;
+  if (!copied) {
+    if (owner_->StopFlag && !owner_->Aborted()) {
+      owner_->TheLog().PrintL("Copy stopped: ", dest, " stays as it was");
+    }
+    return;
+  }
   // The copy keeps the source's modification time and permissions; only the
   // creation date is left, which POSIX cannot set.
   if (owner_->MatchCDateOnCopy && !SetCreationTime(dest, Copy(s).create_date)) {
@@ -299,7 +308,7 @@ void SyncFile::CopyOver(int s, int d) {
 void SyncFile::DeleteIn(int j) {
   const std::string path = FullPath(j);
   owner_->TheLog().PrintL("Deleting ", path);
-  if (TheRunState().simulation_mode) return;
+  if (owner_->Run().simulation_mode) return;
   if (!UnchangedSinceScan(j)) return;
   if (owner_->WithErrorPolicy("Unable to delete the following file:\n\n" + path,
                               [&] { return DeleteFile(path); })) {

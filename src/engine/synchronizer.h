@@ -12,16 +12,16 @@
 #include <vector>
 
 #include "engine/conflict_descriptor.h"
+#include "engine/log_file.h"
+#include "engine/run_state.h"
 #include "engine/string_tree.h"
+#include "util/file_system.h"
 #include "util/user_interface.h"
 
 namespace pairwell {
 
 class INIFileSection;
-class LogFile;
 class SyncFile;
-struct FolderEntry;
-struct LeftOutEntry;
 
 // Path flags of a folder.
 constexpr std::int32_t kFolderTypeMask = 3;  // bits 0-1: the folder type
@@ -83,9 +83,14 @@ class Synchronizer {
   // The program-wide log (not owned); null until NewSyncSet gives it.
   LogFile* Log() const { return log_; }
   void SetLog(LogFile* log) { log_ = log; }
-  // The log to write to: the program-wide one, or a closed one that writes
-  // nowhere when the set has none.
+  // The log to write to: the program-wide one, or a closed one of the set's
+  // own that writes nowhere when the set has none.
   LogFile& TheLog();
+
+  // The program's run state (not owned); null until NewSyncSet gives it.
+  // A set without one runs for real, with no error-handling table.
+  void SetRunState(const RunState* state) { run_state_ = state; }
+  const RunState& Run() const;
 
   // Folders.
   int PathCount() const { return static_cast<int>(folders_.size()); }
@@ -132,6 +137,9 @@ class Synchronizer {
   // were skipped because their file changed since the scan.
   long IgnoredErrors() const { return ignored_errors_; }
   void NoteSkipped() { ++ignored_errors_; }
+  // Whether the last run was stopped by an abort answer to an error (rather
+  // than by a stop request through StopFlag).
+  bool Aborted() const { return aborted_; }
 
   // Files of the run (not blocked) that a source folder still lacks while
   // another source folder has them. Such a file would look deleted next time, so
@@ -147,6 +155,10 @@ class Synchronizer {
   // Empties the working files, folders and tree.
   void FreeSyncData();
 
+  // The 1-based index of the file whose action PerformActions carries out
+  // now (the count of files done so far plus one); 0 before the actions.
+  long CurrentAction() const { return current_action_; }
+
   // Carries out every file's action in list order (creating the folders of
   // the sources first when SyncFolders is on). Stops before the next file
   // once StopFlag is set (an abort answer sets it).
@@ -161,18 +173,21 @@ class Synchronizer {
   int ErrorPolicy(const std::string& message, int error_number);
 
   // Runs the step (returning 0 or an error number) until it succeeds or the
-  // error policy ignores or aborts it. An abort sets StopFlag. True on
-  // success.
+  // error policy ignores or aborts it. An abort sets StopFlag. A step that
+  // fails once a stop was requested (it ended early because of it) is not
+  // asked about. True on success.
   template <typename Step>
   bool WithErrorPolicy(const std::string& message, Step step) {
     for (;;) {
       const int error_number = step();
       if (error_number == 0) return true;
+      if (StopFlag) return false;
       const int answer = ErrorPolicy(message, error_number);
       if (answer == kIdRetry) continue;
       if (answer == kIdIgnore) {
         ++ignored_errors_;
       } else {
+        aborted_ = true;
         StopFlag = true;
       }
       return false;
@@ -258,6 +273,10 @@ class Synchronizer {
   std::unordered_map<std::string, std::size_t> sub_folder_index_;
   std::shared_ptr<StringTree> root_tree_;
   LogFile* log_ = nullptr;
+  LogFile no_log_;
+  const RunState* run_state_ = nullptr;
+  // The rows of the folder being read; a folder's rows are an index range.
+  std::vector<FolderEntry> listing_;
   double scan_started_ = 0;
   // A folder that could not be read ends the scan: its files would
   // otherwise look deleted.
@@ -272,6 +291,8 @@ class Synchronizer {
   // where it differs from the first one met.
   std::unordered_map<std::string, std::string> folder_spellings_;
   long ignored_errors_ = 0;
+  bool aborted_ = false;
+  long current_action_ = 0;
   std::uint64_t last_status_tick_ = 0;
   bool status_shown_ = false;
 };

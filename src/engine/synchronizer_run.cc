@@ -3,7 +3,6 @@
 
 #include "config/ini_file_section.h"
 #include "engine/log_file.h"
-#include "engine/run_state.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
 #include "util/date_time.h"
@@ -18,7 +17,7 @@ namespace pairwell {
 int Synchronizer::ErrorPolicy(const std::string& message, int error_number) {
   const std::string code = " (code " + std::to_string(error_number) + ")";
   const std::shared_ptr<const INIFileSection>& table =
-      TheRunState().error_handling;
+      Run().error_handling;
   const std::string key = "Code" + std::to_string(error_number);
   if (table && table->FindVarIndex(key) > 0) {
     const std::string value = LTrim(table->FindVar(key));
@@ -54,7 +53,7 @@ void Synchronizer::CreateMissingFolders() {
       if (holders & (1u << (j - 1))) continue;
       const std::string path = CombinePath(WPath(j), rel);
       TheLog().PrintL("Creating folder ", path);
-      if (TheRunState().simulation_mode) continue;
+      if (Run().simulation_mode) continue;
       WithErrorPolicy("Unable to create the following folder:\n\n" + path,
                       [&] { return MakeDirectoryError(path); });
     }
@@ -66,6 +65,7 @@ void Synchronizer::PerformActions() {
   if (SyncFolders) CreateMissingFolders();
   const long count = WFileCount();
   for (long i = 1; i <= count; ++i) {
+    current_action_ = i;
     SyncMsg = "Performing actions " + std::to_string(i) + "/" +
               std::to_string(count) + "\nFor file: " + WFile(i).RelativeName();
     ManageUI();

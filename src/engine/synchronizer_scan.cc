@@ -4,7 +4,6 @@
 #include <stdexcept>
 
 #include "engine/log_file.h"
-#include "engine/run_state.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
 #include "util/date_time.h"
@@ -33,9 +32,11 @@ SyncFile& Synchronizer::WFile(long i) const {
   return *files_[static_cast<std::size_t>(i - 1)];
 }
 
-LogFile& Synchronizer::TheLog() {
-  static LogFile nowhere;
-  return log_ != nullptr ? *log_ : nowhere;
+LogFile& Synchronizer::TheLog() { return log_ != nullptr ? *log_ : no_log_; }
+
+const RunState& Synchronizer::Run() const {
+  static const RunState kStandalone;
+  return run_state_ != nullptr ? *run_state_ : kStandalone;
 }
 
 void Synchronizer::ManageUI() {
@@ -68,11 +69,15 @@ void Synchronizer::FreeSyncData() {
   folder_spellings_.clear();
   left_out_names_.clear();
   root_has_entries_.clear();
+  std::vector<FolderEntry>().swap(listing_);
   root_tree_->Clear();
+  current_action_ = 0;
 }
 
 bool Synchronizer::BuildActionList() {
   StopFlag = false;
+  aborted_ = false;
+  current_action_ = 0;
   scan_failed_ = false;
   ignored_errors_ = 0;
   FutureDateCount = 0;
@@ -95,7 +100,7 @@ bool Synchronizer::BuildActionList() {
     }
   }
   // The listings are in the files now; their memory goes back.
-  std::vector<FolderEntry>().swap(FolderEntries());
+  std::vector<FolderEntry>().swap(listing_);
   BlockFiles();
   return ComputeDefaultActions() && CheckEmptySources();
 }
@@ -164,7 +169,7 @@ bool Synchronizer::PrepareFolders() {
   SyncMsg = "Attempting to access folders to be synchronized";
   if (!CheckFolderCounts()) return false;
   // A simulated run changes nothing either.
-  const bool dry_run = DryRun || TheRunState().simulation_mode;
+  const bool dry_run = DryRun || Run().simulation_mode;
   for (int i = 1; i <= PathCount(); ++i) {
     std::int32_t flags = PathFlags(i);
     if ((flags & kFolderEnabled) == 0) continue;
@@ -201,7 +206,7 @@ bool Synchronizer::PrepareFolders() {
 }
 
 void Synchronizer::ReadFolderOfPath(int i) {
-  FolderEntries().clear();
+  listing_.clear();
   root_has_entries_.resize(static_cast<std::size_t>(WPathCount()), false);
   if (At(work_folders_, i).missing) return;  // empty until really created
   ReadFolder(i, WPath(i), "", *root_tree_,
@@ -211,7 +216,7 @@ void Synchronizer::ReadFolderOfPath(int i) {
 std::vector<std::size_t> Synchronizer::UsableRows(
     std::size_t first, std::size_t last, const std::string& rel,
     const std::string& full_path) {
-  std::vector<FolderEntry>& rows = FolderEntries();
+  std::vector<FolderEntry>& rows = listing_;
   // In the tree's order, so new names join it in one merge; names equal
   // ignoring case come next to each other, the first by bytes first.
   std::sort(rows.begin() + static_cast<std::ptrdiff_t>(first),
@@ -252,10 +257,10 @@ void Synchronizer::ReadFolder(int i, const std::string& folder,
   if (StopFlag) return;
   folder_read_at_ = Now();
 
-  const std::size_t first = FolderEntries().size();
+  const std::size_t first = listing_.size();
   std::vector<LeftOutEntry> left_out;
-  const int error_number = ListFolder(full_path, &left_out);
-  if (rel.empty() && (FolderEntries().size() > first || !left_out.empty())) {
+  const int error_number = ListFolder(full_path, &listing_, &left_out);
+  if (rel.empty() && (listing_.size() > first || !left_out.empty())) {
     root_has_entries_[static_cast<std::size_t>(i - 1)] = true;
   }
   if (error_number == 0 && !NoteLeftOut(left_out, rel, full_path)) {
@@ -271,19 +276,19 @@ void Synchronizer::ReadFolder(int i, const std::string& folder,
     return;
   }
   const std::vector<std::size_t> usable =
-      UsableRows(first, FolderEntries().size(), rel, full_path);
+      UsableRows(first, listing_.size(), rel, full_path);
 
   if (!merge_only) {
     std::vector<std::string> new_names;
     for (std::size_t r : usable) {
-      const std::string& name = FolderEntries()[r].name;
+      const std::string& name = listing_[r].name;
       if (tree.Find(name) < 0) new_names.push_back(name);
     }
     tree.AddSorted(new_names);
   }
   for (std::size_t r : usable) {
     // Recursion appends to the entry array, so the row is copied first.
-    const FolderEntry row = FolderEntries()[r];
+    const FolderEntry row = listing_[r];
     const long node = tree.Find(row.name);
     if (node < 0) continue;  // a merge-to folder adds no names of its own
     if ((row.attributes & kAttrDirectory) == 0) {

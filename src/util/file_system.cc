@@ -8,6 +8,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
+#include <vector>
+
 #include "util/date_time.h"
 #include "util/path.h"
 #include "util/system.h"
@@ -107,11 +111,6 @@ bool CreateLevel(const std::string& folder) {
 
 }  // namespace
 
-std::vector<FolderEntry>& FolderEntries() {
-  static std::vector<FolderEntry> entries;
-  return entries;
-}
-
 bool FolderExists(const std::string& path) {
   struct stat st;
   return !path.empty() && stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
@@ -161,11 +160,11 @@ bool GetItemInfo(const std::string& path, FolderEntry* entry) {
   return true;
 }
 
-int ListFolder(const std::string& folder, std::vector<LeftOutEntry>* left_out) {
+int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
+               std::vector<LeftOutEntry>* left_out) {
   DIR* dir = opendir(folder.c_str());
   if (dir == nullptr) return errno;
   const int dir_fd = dirfd(dir);
-  std::vector<FolderEntry>& entries = FolderEntries();
   auto leave_out = [&](const char* name, const std::string& reason,
                        bool error = false) {
     // Joined by hand: the name is as the folder holds it, "\\" included.
@@ -210,8 +209,8 @@ int ListFolder(const std::string& folder, std::vector<LeftOutEntry>* left_out) {
       leave_out(d->d_name, "unfinished copy of an interrupted run");
       continue;
     }
-    entries.emplace_back();
-    FillEntry(name, info, &entries.back());
+    entries->emplace_back();
+    FillEntry(name, info, &entries->back());
   }
   closedir(dir);
   return result;
@@ -219,37 +218,143 @@ int ListFolder(const std::string& folder, std::vector<LeftOutEntry>* left_out) {
 
 namespace {
 
-// Copies everything from in to out; 0 or the error number.
-int CopyBytes(int in, int out, std::int64_t size) {
-  std::int64_t copied = 0;
-  while (copied < size) {
-    const ssize_t n = copy_file_range(in, nullptr, out, nullptr,
-                                      static_cast<size_t>(size - copied), 0);
-    if (n < 0 && errno == EINTR) continue;
-    if (n < 0 && (errno == EXDEV || errno == ENOSYS || errno == EINVAL ||
-                  errno == EOPNOTSUPP)) {
-      break;  // the plain loop below copies what is left
-    }
-    if (n < 0) return errno;
-    if (n == 0) break;  // the read loop below tells a real end
-    copied += n;
-    if (copied == size) return 0;  // what the source held when opened
+// A copy hands control back to its caller between chunks. A chunk is sized
+// to take at most about kSlowChunk, so that a window driven from the same
+// thread stays responsive on a slow disk, and large enough that the calls
+// between chunks cost nothing measurable on a fast one.
+constexpr std::int64_t kMaxChunk = std::int64_t{8} << 20;
+constexpr std::int64_t kMinChunk = std::int64_t{256} << 10;
+// Every copy starts small and doubles while chunks are quick: on a slow disk
+// even the first chunk hands control back soon, and on a fast one the size
+// reaches kMaxChunk after three chunks.
+constexpr std::int64_t kFirstChunk = std::int64_t{1} << 20;
+// Chunk sizes stay whole multiples of this, so that a file system that
+// shares blocks between copies (a reflink) can still share every one.
+constexpr std::int64_t kChunkGrain = std::int64_t{64} << 10;
+constexpr std::chrono::steady_clock::duration kSlowChunk =
+    std::chrono::milliseconds(50);
+// The buffer of the read and write loop.
+constexpr std::size_t kPlainBufferSize = std::size_t{64} << 10;
+
+// Sets *size for the next chunk after one of `bytes` took `took`: a slow
+// chunk scales it down to what this pace moves in half of kSlowChunk; a
+// full chunk in under half of it doubles it.
+void AdjustChunkSize(std::int64_t bytes,
+                     std::chrono::steady_clock::duration took,
+                     std::int64_t* size) {
+  if (took > kSlowChunk) {
+    const std::int64_t paced = bytes * (kSlowChunk / 2).count() / took.count();
+    const std::int64_t whole = paced / kChunkGrain * kChunkGrain;
+    *size = std::max(kMinChunk, std::min(*size, whole));
+  } else if (took < kSlowChunk / 2 && bytes >= *size) {
+    *size = std::min(kMaxChunk, *size * 2);
   }
-  char buffer[1 << 16];
+}
+
+// Errors of copy_file_range that only mean the kernel cannot copy between
+// these two files; the read and write loop can.
+bool KernelCopyUnsupported(int error_number) {
+  return error_number == EXDEV || error_number == ENOSYS ||
+         error_number == EINVAL || error_number == EOPNOTSUPP;
+}
+
+// Writes all n bytes; 0 or the error number.
+int WriteAll(int out, const char* bytes, std::size_t n) {
+  for (std::size_t done = 0; done < n;) {
+    const ssize_t w = write(out, bytes + done, n - done);
+    if (w < 0 && errno == EINTR) continue;
+    if (w < 0) return errno;
+    done += static_cast<std::size_t>(w);
+  }
+  return 0;
+}
+
+// Moves a file's bytes from one open file to another one chunk at a time:
+// with copy_file_range while the kernel can, else with read and write.
+class ChunkCopier {
+ public:
+  ChunkCopier(int in, int out, std::int64_t total)
+      : in_(in), out_(out), total_(total) {}
+
+  // Copies the next chunk of at most limit bytes. Returns the bytes copied
+  // (0 once the source is done), or minus the error number.
+  std::int64_t Next(std::int64_t limit);
+
+  std::int64_t done() const { return done_; }
+
+ private:
+  std::int64_t KernelChunk(std::int64_t limit);
+  std::int64_t PlainChunk(std::int64_t limit);
+
+  const int in_;
+  const int out_;
+  const std::int64_t total_;
+  std::int64_t done_ = 0;
+  bool kernel_ = true;
+  std::vector<char> buffer_;
+};
+
+std::int64_t ChunkCopier::Next(std::int64_t limit) {
+  if (kernel_ && done_ < total_) {
+    const std::int64_t n = KernelChunk(std::min(limit, total_ - done_));
+    if (n != 0) return n;
+  } else if (kernel_ && total_ > 0) {
+    return 0;  // all that the source held when opened
+  }
+  // The kernel could not copy, or the source ended early or stats as empty
+  // (as files under /proc do): reading tells its real end.
+  return PlainChunk(limit);
+}
+
+std::int64_t ChunkCopier::KernelChunk(std::int64_t limit) {
+  std::int64_t copied = 0;
+  while (copied < limit) {
+    const ssize_t n = copy_file_range(in_, nullptr, out_, nullptr,
+                                      static_cast<size_t>(limit - copied), 0);
+    if (n < 0 && errno == EINTR) continue;
+    if (n == 0 || (n < 0 && KernelCopyUnsupported(errno))) {
+      kernel_ = false;  // the plain loop goes on from the same offsets
+      break;
+    }
+    if (n < 0) return -errno;
+    copied += n;
+  }
+  done_ += copied;
+  return copied;
+}
+
+std::int64_t ChunkCopier::PlainChunk(std::int64_t limit) {
+  if (buffer_.empty()) buffer_.resize(kPlainBufferSize);
+  std::int64_t copied = 0;
+  while (copied < limit) {
+    const std::size_t want = static_cast<std::size_t>(
+        std::min<std::int64_t>(limit - copied, buffer_.size()));
+    const ssize_t n = read(in_, buffer_.data(), want);
+    if (n == 0) break;
+    if (n < 0 && errno == EINTR) continue;
+    if (n < 0) return -errno;
+    const int error_number =
+        WriteAll(out_, buffer_.data(), static_cast<std::size_t>(n));
+    if (error_number != 0) return -error_number;
+    copied += n;
+  }
+  done_ += copied;
+  return copied;
+}
+
+// Copies everything from in to out, calling progress after every chunk; 0,
+// ECANCELED when progress said stop, or the error number.
+int CopyBytes(int in, int out, std::int64_t total,
+              const CopyProgress& progress) {
+  ChunkCopier copier(in, out, total);
+  std::int64_t chunk_size = kFirstChunk;
   for (;;) {
-    const ssize_t n = read(in, buffer, sizeof buffer);
+    const auto start = std::chrono::steady_clock::now();
+    const std::int64_t n = copier.Next(chunk_size);
+    if (n < 0) return static_cast<int>(-n);
     if (n == 0) return 0;
-    if (n < 0) {
-      if (errno == EINTR) continue;
-      return errno;
-    }
-    for (ssize_t done = 0; done < n;) {
-      const ssize_t w =
-          write(out, buffer + done, static_cast<size_t>(n - done));
-      if (w < 0 && errno == EINTR) continue;
-      if (w < 0) return errno;
-      done += w;
-    }
+    AdjustChunkSize(n, std::chrono::steady_clock::now() - start, &chunk_size);
+    if (progress && !progress(copier.done(), total)) return ECANCELED;
   }
 }
 
@@ -259,15 +364,9 @@ std::string FolderOf(const std::string& path) {
   return slash == 0 ? std::string("/") : path.substr(0, slash);
 }
 
-// Writes the open source into a new temporary file beside dest and renames
-// it over dest; 0 or the error number.
-int CopyOpenFile(int in, const struct stat& source_info,
-                 const std::string& dest) {
-  std::string temp = CombinePath(FolderOf(dest), kPartialCopyPrefix);
-  temp += "XXXXXX";
-  const int out = mkostemp(&temp[0], O_CLOEXEC);
-  if (out < 0) return errno;
-  int error_number = CopyBytes(in, out, source_info.st_size);
+// Gives the open copy the source's owner, mode and dates; 0 or the error
+// number.
+int TakeAttributes(int out, const struct stat& source_info) {
   // Owner and mode as the source's, where the file system can hold them: a
   // FAT or CIFS mount, or a run without root, refuses some of them, and the
   // bytes matter more.
@@ -275,12 +374,24 @@ int CopyOpenFile(int in, const struct stat& source_info,
       fchown(out, static_cast<uid_t>(-1), source_info.st_gid) != 0) {
     // Neither could be kept: the copy belongs to whoever runs the sync.
   }
-  if (error_number == 0 && fchmod(out, source_info.st_mode & 07777) != 0 &&
-      errno != EPERM && errno != ENOTSUP) {
-    error_number = errno;
+  if (fchmod(out, source_info.st_mode & 07777) != 0 && errno != EPERM &&
+      errno != ENOTSUP) {
+    return errno;
   }
   const struct timespec times[2] = {source_info.st_atim, source_info.st_mtim};
-  if (error_number == 0 && futimens(out, times) != 0) error_number = errno;
+  return futimens(out, times) == 0 ? 0 : errno;
+}
+
+// Writes the open source into a new temporary file beside dest and renames
+// it over dest; 0 or the error number.
+int CopyOpenFile(int in, const struct stat& source_info,
+                 const std::string& dest, const CopyProgress& progress) {
+  std::string temp = CombinePath(FolderOf(dest), kPartialCopyPrefix);
+  temp += "XXXXXX";
+  const int out = mkostemp(&temp[0], O_CLOEXEC);
+  if (out < 0) return errno;
+  int error_number = CopyBytes(in, out, source_info.st_size, progress);
+  if (error_number == 0) error_number = TakeAttributes(out, source_info);
   if (close(out) != 0 && error_number == 0) error_number = errno;
   if (error_number == 0 && rename(temp.c_str(), dest.c_str()) != 0) {
     error_number = errno;
@@ -291,7 +402,8 @@ int CopyOpenFile(int in, const struct stat& source_info,
 
 }  // namespace
 
-int CopyFileReplacing(const std::string& source, const std::string& dest) {
+int CopyFileReplacing(const std::string& source, const std::string& dest,
+                      const CopyProgress& progress) {
   const int in = open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
   if (in < 0) return errno;
   struct stat source_info;
@@ -306,7 +418,7 @@ int CopyFileReplacing(const std::string& source, const std::string& dest) {
              dest_info.st_ino == source_info.st_ino) {
     error_number = EINVAL;  // the same file: copying it would destroy it
   } else {
-    error_number = CopyOpenFile(in, source_info, dest);
+    error_number = CopyOpenFile(in, source_info, dest, progress);
   }
   close(in);
   return error_number;

@@ -5,6 +5,7 @@
 #define PAIRWELL_UTIL_FILE_SYSTEM_H_
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -41,10 +42,6 @@ struct LeftOutEntry {
   bool error = false;
 };
 
-// The program-wide entry array that ListFolder appends to; the scan reads a
-// folder's rows by their index range.
-std::vector<FolderEntry>& FolderEntries();
-
 // True when the path names a folder (a link to a folder counts).
 bool FolderExists(const std::string& path);
 
@@ -69,25 +66,35 @@ bool GetFileInfo(const std::string& path, FolderEntry* entry);
 bool GetItemInfo(const std::string& path, FolderEntry* entry);
 
 // Appends one row per file and folder of the folder ("." and ".." left out)
-// to FolderEntries(), with one pass of the directory and one stat per entry
+// to *entries, with one pass of the directory and one stat per entry
 // relative to it. Symbolic links and special files are not followed or
 // listed; they go to *left_out (when given) with the reason. Returns 0, or
 // the system error number when the folder cannot be read (a missing folder
 // appends nothing).
-int ListFolder(const std::string& folder,
+int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
                std::vector<LeftOutEntry>* left_out = nullptr);
 
 // The name prefix of the temporary file a copy is written to. A scan leaves
 // such files out: they are what an interrupted copy left behind.
 constexpr char kPartialCopyPrefix[] = ".pairwell-partial-";
 
+// Called between chunks of a copy with the bytes copied so far and the
+// source's size; returning false stops the copy.
+using CopyProgress = std::function<bool(std::int64_t done, std::int64_t total)>;
+
 // Copies the file's bytes, permission bits and modification time over the
 // destination (created or replaced). The bytes go to a temporary file in the
 // destination's folder that is renamed over the destination only when
 // complete, so a failed or interrupted copy leaves the old destination
 // whole; on failure the temporary file is removed. Copying a file onto
-// itself fails with EINVAL. Returns 0, or the system error number.
-int CopyFileReplacing(const std::string& source, const std::string& dest);
+// itself fails with EINVAL. The bytes move in chunks of at most 8 MiB, each
+// sized to take no more than about 50 ms, and progress (when given) is called
+// after every chunk, so that a caller on a UI thread regains control often;
+// total is the source's size when opened. When progress returns false the
+// copy stops at once, the destination stays as it was (or absent) and the
+// result is ECANCELED. Returns 0, or the system error number.
+int CopyFileReplacing(const std::string& source, const std::string& dest,
+                      const CopyProgress& progress = CopyProgress());
 
 // Clears the read-only attribute (gives the owner write permission).
 // Returns 0, or the system error number.

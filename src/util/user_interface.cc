@@ -25,7 +25,11 @@ int DefaultAnswer(int style) {
   return kAnswers[buttons][which];
 }
 
-void SetUserInterface(UserInterface* ui) { installed_ui = ui; }
+UserInterface* SetUserInterface(UserInterface* ui) {
+  UserInterface* previous = installed_ui;
+  installed_ui = ui;
+  return previous;
+}
 
 UserInterface& UI() {
   if (installed_ui == nullptr) {

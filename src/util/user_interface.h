@@ -1,6 +1,8 @@
-// The one way the core reaches the person: message boxes, the event pump,
-// the status text, the log echo and the confirm window. The GUI implements it
-// with widgets, the CLI with the console, the tests with a recorder.
+// How the lower layers reach the person: message boxes, the event pump, the
+// status text and the folder picker. The run's own windows (progress, log
+// echo, confirm window) are added by the application layer's FrontEnd, which
+// every front end implements: the GUI with widgets, the CLI with the
+// console, the tests with a recorder.
 #ifndef PAIRWELL_UTIL_USER_INTERFACE_H_
 #define PAIRWELL_UTIL_USER_INTERFACE_H_
 
@@ -8,8 +10,6 @@
 #include <string>
 
 namespace pairwell {
-
-class Synchronizer;
 
 // The application title: the caption of message boxes and the base name of
 // the configuration file.
@@ -67,22 +67,27 @@ class UserInterface {
   virtual void DoEvents() = 0;
   // Shows the status text of a running synchronization.
   virtual void ShowStatus(const std::string& text) = 0;
-  // Shows the progress window of a run with that caption, and hides it.
-  virtual void ShowProgress(const std::string& caption) = 0;
-  virtual void HideProgress() = 0;
-  // Turns the main window's controls off while a run goes on, and back on.
-  virtual void EnableMainWindow(bool enable) = 0;
-  // Where the log echoes its lines; null when nothing shows them.
-  virtual LogEchoTarget* LogEcho() = 0;
-  // Lets the person review and refine the set's actions. Returns false when
-  // the person cancelled the run.
-  virtual bool ConfirmActions(Synchronizer& set) = 0;
   // The system's folder picker; "" when the person cancelled.
   virtual std::string BrowseForFolder(const std::string& prompt) = 0;
 };
 
 // Installs the interface the core talks to (not owned; null removes it).
-void SetUserInterface(UserInterface* ui);
+// Returns the one installed before, for the installer to put back.
+UserInterface* SetUserInterface(UserInterface* ui);
+
+// Installs an interface for its own lifetime and then puts back the one
+// that was installed before.
+class ScopedUserInterface {
+ public:
+  explicit ScopedUserInterface(UserInterface* ui)
+      : previous_(SetUserInterface(ui)) {}
+  ~ScopedUserInterface() { SetUserInterface(previous_); }
+  ScopedUserInterface(const ScopedUserInterface&) = delete;
+  ScopedUserInterface& operator=(const ScopedUserInterface&) = delete;
+
+ private:
+  UserInterface* previous_;
+};
 
 // The installed interface. Throws std::logic_error when none is installed:
 // a front end that forgets to install one would otherwise lose messages.

@@ -8,8 +8,12 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
+#include <optional>
+#include <ostream>
 #include <sstream>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "config/ini_file.h"
 #include "config/ini_file_section.h"
@@ -104,87 +108,179 @@ class CatalogueTest : public ::testing::Test {
   Synchronizer set_;
 };
 
-// --- Two source folders -----------------------------------------------------
+// --- The catalogue, situation by situation --------------------------------
 
-TEST_F(CatalogueTest, FirstSyncFileInOneFolderIsCopiedWithoutAsking) {
-  AddFolder("A");
-  AddFolder("B");
-  Put("A", "f.txt", "alpha", kOld);
+struct CatalogueRow {
+  const char* name;
+  bool synced;  // a last sync at kSync (else the first sync)
+  std::vector<std::pair<std::string, std::int32_t>> folders;
+  struct File {
+    std::string folder, name, content;
+    std::int64_t seconds;
+  };
+  std::vector<File> files;
+  // f.txt's expected default action (0: f.txt is not in the run).
+  int action;
+  int source;  // the copy used; 0: not checked
+  std::optional<bool> creates;
+  std::optional<bool> confirm;
+  std::optional<bool> conflict;
+  // The set may choose another resolution for the type.
+  std::optional<bool> configurable;
+  // How many copies PerformAction would make or delete.
+  std::optional<int> operations;
+  std::optional<long> files_in_run;
+};
+
+void PrintTo(const CatalogueRow& row, std::ostream* out) { *out << row.name; }
+
+constexpr std::int32_t kSource = kFolderEnabled;
+constexpr std::int32_t kMirror = kFolderEnabled | kFolderMirrorTo;
+constexpr std::int32_t kMerge = kFolderEnabled | kFolderMergeTo;
+
+// Expectations, in the order of CatalogueRow: action, source, creates,
+// confirm, conflict, configurable, operations, files in the run ({}: not
+// checked).
+const CatalogueRow kRows[] = {
+    // Two source folders.
+    {"FirstSyncFileInOneFolderIsCopiedWithoutAsking", false,
+     {{"A", kSource}, {"B", kSource}},
+     {{"A", "f.txt", "alpha", kOld}},
+     kUseNewest, 1, true, false, {}, {}, {}, {}},
+    {"FirstSyncDifferentCopiesNeedConfirmation", false,
+     {{"A", kSource}, {"B", kSource}},
+     {{"A", "f.txt", "old", kOld}, {"B", "f.txt", "longer", kNew}},
+     kUseNewest, 2, {}, true, {}, {}, {}, {}},
+    {"ChangedInOneFolderIsNoConflict", true,
+     {{"A", kSource}, {"B", kSource}},
+     {{"A", "f.txt", "edited", kNew}, {"B", "f.txt", "old", kOld}},
+     kUseNewest, 1, {}, false, false, {}, {}, {}},
+    {"CreatedInOneFolderIsCopiedWithoutAsking", true,
+     {{"A", kSource}, {"B", kSource}},
+     {{"A", "f.txt", "brand new", kNew}},
+     kUseNewest, 1, true, false, {}, {}, {}, {}},
+    // Whatever is proposed, nothing is deleted.
+    {"ChangedInBothFoldersNeedsConfirmation", true,
+     {{"A", kSource}, {"B", kSource}},
+     {{"A", "f.txt", "edit one", kNew}, {"B", "f.txt", "edit two", kNewer}},
+     kUseNewest, 0, {}, true, {}, {}, {}, {}},
+    // A holds other files: an empty source would stop the run.
+    {"DeletedFromOneFolderIsDeletedEverywhere", true,
+     {{"A", kSource}, {"B", kSource}},
+     {{"A", "other.txt", "kept", kOld}, {"B", "f.txt", "old", kOld}},
+     kDeleteAll, 0, {}, false, {}, true, {}, {}},
+    {"EmptySourceAtTheFirstSyncIsFilled", false,
+     {{"A", kSource}, {"B", kSource}},
+     {{"B", "f.txt", "old", kOld}},
+     kUseNewest, 2, {}, {}, {}, {}, {}, {}},
+    {"DeletedFromOneFolderAndChangedInOtherIsRestored", true,
+     {{"A", kSource}, {"B", kSource}},
+     {{"B", "f.txt", "edited", kNew}},
+     kUseNewest, 2, true, false, {}, {}, {}, {}},
+    {"UnchangedButDifferentNeedsConfirmation", true,
+     {{"A", kSource}, {"B", kSource}},
+     {{"A", "f.txt", "longer text", kOld + kHour},
+      {"B", "f.txt", "short", kOld}},
+     kUseNewest, 1, {}, true, {}, {}, {}, {}},
+    {"ThreeSourcesChangedInOneCopiesToTheOtherTwo", true,
+     {{"A", kSource}, {"B", kSource}, {"C", kSource}},
+     {{"A", "f.txt", "edited", kNew},
+      {"B", "f.txt", "old", kOld},
+      {"C", "f.txt", "old", kOld}},
+     kUseNewest, 1, {}, {}, false, {}, 2, {}},
+    // A source and a mirror: the mirror is made equal to its source without
+    // asking.
+    {"FileOnlyInMirrorIsDeletedWithoutAsking", false,
+     {{"A", kSource}, {"M", kMirror}},
+     {{"M", "f.txt", "stray", kOld}},
+     kDeleteAll, 0, {}, false, {}, {}, {}, {}},
+    {"FileOnlyInMirrorAfterSyncIsDeletedWithoutAsking", true,
+     {{"A", kSource}, {"M", kMirror}},
+     {{"A", "other.txt", "kept", kOld}, {"M", "f.txt", "stray", kNew}},
+     kDeleteAll, 0, {}, false, {}, {}, {}, {}},
+    {"FileMissingFromMirrorIsCreatedThere", false,
+     {{"A", kSource}, {"M", kMirror}},
+     {{"A", "f.txt", "source", kOld}},
+     kUseNewest, 1, true, false, {}, {}, {}, {}},
+    {"NewerMirrorCopyIsReplacedBySource", false,
+     {{"A", kSource}, {"M", kMirror}},
+     {{"A", "f.txt", "source", kOld},
+      {"M", "f.txt", "edited in the mirror", kNew}},
+     kUseNewest, 1, {}, false, {}, {}, {}, {}},
+    {"MirrorEditedAfterSyncIsReplacedBySource", true,
+     {{"A", kSource}, {"M", kMirror}},
+     {{"A", "f.txt", "source", kOld},
+      {"M", "f.txt", "edited in the mirror", kNew}},
+     kUseNewest, 1, {}, false, {}, {}, {}, {}},
+    // A source and a merge-to folder: the merge-to folder receives the
+    // sources' files without asking.
+    {"FileOnlyInMergeFolderIsNotInTheRun", false,
+     {{"A", kSource}, {"G", kMerge}},
+     {{"A", "keep.txt", "source", kOld}, {"G", "f.txt", "merge only", kNew}},
+     0, 0, {}, {}, {}, {}, {}, 1},
+    {"NewFileIsCopiedToMergeFolder", false,
+     {{"A", kSource}, {"G", kMerge}},
+     {{"A", "f.txt", "new", kNew}},
+     kUseNewest, 1, true, false, {}, {}, 1, {}},
+    {"FileChangedInSourceIsCopiedToMergeFolder", true,
+     {{"A", kSource}, {"G", kMerge}},
+     {{"A", "f.txt", "edited", kNew}, {"G", "f.txt", "old", kOld}},
+     kUseNewest, 1, {}, false, {}, {}, {}, {}},
+};
+
+class CatalogueTableTest : public CatalogueTest,
+                           public ::testing::WithParamInterface<CatalogueRow> {
+};
+
+TEST_P(CatalogueTableTest, DefaultActionOfTheSituation) {
+  const CatalogueRow& row = GetParam();
+  if (row.synced) SyncedAt(kSync);
+  for (const auto& [folder, flags] : row.folders) AddFolder(folder, flags);
+  for (const CatalogueRow::File& file : row.files) {
+    Put(file.folder, file.name, file.content, file.seconds);
+  }
   const SyncFile* f = Scan("f.txt");
+  if (row.files_in_run) {
+    EXPECT_EQ(set_.WFileCount(), *row.files_in_run);
+  }
+  if (row.action == 0) {
+    EXPECT_EQ(f, nullptr);
+    return;
+  }
   ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 1) << Describe(*f);
-  EXPECT_TRUE(Creates(*f)) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
+  const std::string seen = Describe(*f);
+  EXPECT_EQ(f->Action, row.action) << seen;
+  if (row.source != 0) {
+    EXPECT_EQ(f->SourceIndex, row.source) << seen;
+  }
+  if (row.creates) {
+    EXPECT_EQ(Creates(*f), *row.creates) << seen;
+  }
+  if (row.confirm) {
+    EXPECT_EQ(Confirm(*f), *row.confirm) << seen;
+  }
+  if (row.conflict) {
+    EXPECT_EQ(Conflict(*f), *row.conflict) << seen;
+  }
+  if (row.configurable) {
+    const int c = f->ComputeConflictIndex();
+    ASSERT_GT(c, 0) << seen;
+    EXPECT_EQ(set_.ConflictTypes(c).Configurable, *row.configurable) << seen;
+  }
+  if (row.operations) {
+    long i = 1;
+    while (&set_.WFile(i) != f) ++i;
+    EXPECT_EQ(set_.WFile(i).PerformAction(true), *row.operations) << seen;
+  }
 }
 
-TEST_F(CatalogueTest, FirstSyncDifferentCopiesNeedConfirmation) {
-  AddFolder("A");
-  AddFolder("B");
-  Put("A", "f.txt", "old", kOld);
-  Put("B", "f.txt", "longer", kNew);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_TRUE(Confirm(*f)) << Describe(*f);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 2) << Describe(*f);
-}
+INSTANTIATE_TEST_SUITE_P(
+    Situations, CatalogueTableTest, ::testing::ValuesIn(kRows),
+    [](const ::testing::TestParamInfo<CatalogueRow>& info) {
+      return std::string(info.param.name);
+    });
 
-TEST_F(CatalogueTest, ChangedInOneFolderIsNoConflict) {
-  SyncedAt(kSync);
-  AddFolder("A");
-  AddFolder("B");
-  Put("A", "f.txt", "edited", kNew);
-  Put("B", "f.txt", "old", kOld);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 1) << Describe(*f);
-  EXPECT_FALSE(Conflict(*f)) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, CreatedInOneFolderIsCopiedWithoutAsking) {
-  SyncedAt(kSync);
-  AddFolder("A");
-  AddFolder("B");
-  Put("A", "f.txt", "brand new", kNew);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 1) << Describe(*f);
-  EXPECT_TRUE(Creates(*f)) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, ChangedInBothFoldersNeedsConfirmation) {
-  SyncedAt(kSync);
-  AddFolder("A");
-  AddFolder("B");
-  Put("A", "f.txt", "edit one", kNew);
-  Put("B", "f.txt", "edit two", kNewer);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_TRUE(Confirm(*f)) << Describe(*f);
-  EXPECT_NE(f->Action, kDeleteAll) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, DeletedFromOneFolderIsDeletedEverywhere) {
-  SyncedAt(kSync);
-  AddFolder("A");
-  AddFolder("B");
-  // A holds other files: an empty source would stop the run.
-  Put("A", "other.txt", "kept", kOld);
-  Put("B", "f.txt", "old", kOld);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kDeleteAll) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
-  const int c = f->ComputeConflictIndex();
-  ASSERT_GT(c, 0) << Describe(*f);
-  // A set may choose another resolution for it.
-  EXPECT_TRUE(set_.ConflictTypes(c).Configurable) << Describe(*f);
-}
+// --- Refusals ----------------------------------------------------------------
 
 TEST_F(CatalogueTest, EmptySourceAfterASyncStopsTheDeletions) {
   SyncedAt(kSync);
@@ -202,160 +298,6 @@ TEST_F(CatalogueTest, EmptySourceAfterASyncStopsTheDeletions) {
                 "mount it and try again; to delete the files, delete them in "
                 "the other folders too.");
   EXPECT_EQ(ui_.messages[0].style, kMbExclamation);
-}
-
-TEST_F(CatalogueTest, EmptySourceAtTheFirstSyncIsFilled) {
-  AddFolder("A");
-  AddFolder("B");
-  Put("B", "f.txt", "old", kOld);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 2) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, DeletedFromOneFolderAndChangedInOtherIsRestored) {
-  SyncedAt(kSync);
-  AddFolder("A");
-  AddFolder("B");
-  Put("B", "f.txt", "edited", kNew);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 2) << Describe(*f);
-  EXPECT_TRUE(Creates(*f)) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, UnchangedButDifferentNeedsConfirmation) {
-  SyncedAt(kSync);
-  AddFolder("A");
-  AddFolder("B");
-  Put("A", "f.txt", "longer text", kOld + kHour);
-  Put("B", "f.txt", "short", kOld);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_TRUE(Confirm(*f)) << Describe(*f);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 1) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, ThreeSourcesChangedInOneCopiesToTheOtherTwo) {
-  SyncedAt(kSync);
-  AddFolder("A");
-  AddFolder("B");
-  AddFolder("C");
-  Put("A", "f.txt", "edited", kNew);
-  Put("B", "f.txt", "old", kOld);
-  Put("C", "f.txt", "old", kOld);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 1) << Describe(*f);
-  EXPECT_FALSE(Conflict(*f)) << Describe(*f);
-  SyncFile& file = set_.WFile(1);
-  EXPECT_EQ(file.PerformAction(true), 2) << Describe(*f);
-}
-
-// --- A source and a mirror --------------------------------------------------
-// A mirror is made equal to its source without asking.
-
-TEST_F(CatalogueTest, FileOnlyInMirrorIsDeletedWithoutAsking) {
-  AddFolder("A");
-  AddFolder("M", kFolderEnabled | kFolderMirrorTo);
-  Put("M", "f.txt", "stray", kOld);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kDeleteAll) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, FileOnlyInMirrorAfterSyncIsDeletedWithoutAsking) {
-  SyncedAt(kSync);
-  AddFolder("A");
-  AddFolder("M", kFolderEnabled | kFolderMirrorTo);
-  // The source holds other files: an empty source would stop the run.
-  Put("A", "other.txt", "kept", kOld);
-  Put("M", "f.txt", "stray", kNew);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kDeleteAll) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, FileMissingFromMirrorIsCreatedThere) {
-  AddFolder("A");
-  AddFolder("M", kFolderEnabled | kFolderMirrorTo);
-  Put("A", "f.txt", "source", kOld);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 1) << Describe(*f);
-  EXPECT_TRUE(Creates(*f)) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, NewerMirrorCopyIsReplacedBySource) {
-  AddFolder("A");
-  AddFolder("M", kFolderEnabled | kFolderMirrorTo);
-  Put("A", "f.txt", "source", kOld);
-  Put("M", "f.txt", "edited in the mirror", kNew);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 1) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, MirrorEditedAfterSyncIsReplacedBySource) {
-  SyncedAt(kSync);
-  AddFolder("A");
-  AddFolder("M", kFolderEnabled | kFolderMirrorTo);
-  Put("A", "f.txt", "source", kOld);
-  Put("M", "f.txt", "edited in the mirror", kNew);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 1) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
-}
-
-// --- A source and a merge-to folder -----------------------------------------
-// A merge-to folder receives the sources' files without asking.
-
-TEST_F(CatalogueTest, FileOnlyInMergeFolderIsNotInTheRun) {
-  AddFolder("A");
-  AddFolder("G", kFolderEnabled | kFolderMergeTo);
-  Put("A", "keep.txt", "source", kOld);
-  Put("G", "f.txt", "merge only", kNew);
-  EXPECT_EQ(Scan("f.txt"), nullptr);
-  EXPECT_EQ(set_.WFileCount(), 1);
-}
-
-TEST_F(CatalogueTest, NewFileIsCopiedToMergeFolder) {
-  AddFolder("A");
-  AddFolder("G", kFolderEnabled | kFolderMergeTo);
-  Put("A", "f.txt", "new", kNew);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 1) << Describe(*f);
-  EXPECT_TRUE(Creates(*f)) << Describe(*f);
-  EXPECT_EQ(set_.WFile(1).PerformAction(true), 1) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
-}
-
-TEST_F(CatalogueTest, FileChangedInSourceIsCopiedToMergeFolder) {
-  SyncedAt(kSync);
-  AddFolder("A");
-  AddFolder("G", kFolderEnabled | kFolderMergeTo);
-  Put("A", "f.txt", "edited", kNew);
-  Put("G", "f.txt", "old", kOld);
-  const SyncFile* f = Scan("f.txt");
-  ASSERT_NE(f, nullptr);
-  EXPECT_EQ(f->Action, kUseNewest) << Describe(*f);
-  EXPECT_EQ(f->SourceIndex, 1) << Describe(*f);
-  EXPECT_FALSE(Confirm(*f)) << Describe(*f);
 }
 
 }  // namespace

@@ -33,6 +33,7 @@
 #include "support/disk_files.h"
 #include "support/immutable_guard.h"
 #include "support/recording_user_interface.h"
+#include "support/run_files.h"
 #include "support/temp_dir.h"
 #include "util/file_system.h"
 #include "util/system.h"
@@ -93,24 +94,6 @@ std::vector<std::string> LinesStartingWith(const std::string& text,
   return found;
 }
 
-// A recorder with hooks into the event pump, the message box and the
-// confirm window.
-class HookedUserInterface : public RecordingUserInterface {
- public:
-  std::function<void()> on_events;
-  std::function<void(const std::string&)> on_message;
-
-  void DoEvents() override {
-    RecordingUserInterface::DoEvents();
-    if (on_events) on_events();
-  }
-  int MessageBox(const std::string& text, int style,
-                 const std::string& caption) override {
-    if (on_message) on_message(text);
-    return RecordingUserInterface::MessageBox(text, style, caption);
-  }
-};
-
 // Lowers the largest file the process may write, so that a copy fails
 // half-way with EFBIG (root is bound by it too). SIGXFSZ is ignored while
 // the limit holds.
@@ -155,15 +138,10 @@ class PerformActionsTest : public ::testing::Test {
     log_.OpenLog();
     set_.Name = "Docs";
     set_.SetLog(&log_);
-    TheRunState().simulation_mode = false;
-    TheRunState().error_handling = nullptr;
+    set_.SetRunState(&run_state_);
   }
 
-  ~PerformActionsTest() override {
-    TheRunState().simulation_mode = false;
-    TheRunState().error_handling = nullptr;
-    log_.CloseLog();
-  }
+  ~PerformActionsTest() override { log_.CloseLog(); }
 
   // Folders a (source) and b, and c when three; b and c mirror a unless
   // the set is given sources only.
@@ -185,30 +163,16 @@ class PerformActionsTest : public ::testing::Test {
     ASSERT_GT(set_.ConflictTypeCount(), 0);
   }
 
-  void Build() {
-    ASSERT_TRUE(set_.BuildActionList());
-    ASSERT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
-  }
-
-  // The run's file of that relative name; fails the test when missing.
-  SyncFile& File(const std::string& relative_name) {
-    for (long i = 1; i <= set_.WFileCount(); ++i) {
-      if (set_.WFile(i).RelativeName() == relative_name) return set_.WFile(i);
-    }
-    ADD_FAILURE() << "no file " << relative_name << " in the run";
-    throw std::runtime_error("missing file");
-  }
-
   void UseNewest(const std::string& relative_name, int source,
                  std::uint16_t flags) {
-    SyncFile& file = File(relative_name);
+    SyncFile& file = FileNamed(set_, relative_name);
     file.Action = kUseNewest;
     file.SourceIndex = source;
     file.ActionFlags = flags;
   }
 
   void DeleteAll(const std::string& relative_name, std::uint16_t flags = 0) {
-    SyncFile& file = File(relative_name);
+    SyncFile& file = FileNamed(set_, relative_name);
     file.Action = kDeleteAll;
     file.ActionFlags = flags;
   }
@@ -216,7 +180,7 @@ class PerformActionsTest : public ::testing::Test {
   void SetErrorHandling(const std::string& key, const std::string& value) {
     auto section = std::make_shared<INIFileSection>("ErrorHandling");
     section->AddVar(key, value);
-    TheRunState().error_handling = section;
+    run_state_.error_handling = section;
   }
 
   std::string LogText() const { return Read(tmp_.Join("run.log")); }
@@ -232,7 +196,7 @@ class PerformActionsTest : public ::testing::Test {
     Put(a_ + "/z.txt", "new z", kNewTime);
     Put(b_ + "/z.txt", "old z", kOldTime);
     UseFolders(2);
-    Build();
+    BuildSilently(set_, ui_);
     ASSERT_EQ(set_.WFileCount(), 2);
     ASSERT_EQ(set_.WFile(1).RelativeName(), "inner/f.txt");
     ASSERT_EQ(set_.WFile(2).RelativeName(), "z.txt");
@@ -244,12 +208,13 @@ class PerformActionsTest : public ::testing::Test {
     return Prompt(CopyMessage(a_ + "/inner/f.txt", b_ + "/inner/f.txt"), EPERM);
   }
 
-  HookedUserInterface ui_;
+  RecordingUserInterface ui_;
   TempDir tmp_;
   std::string a_;
   std::string b_;
   std::string c_;
   LogFile log_;
+  RunState run_state_;
   Synchronizer set_;
 };
 
@@ -259,7 +224,7 @@ TEST_F(PerformActionsTest, CopyReplacesTheOlderCopyKeepingTimeAndMode) {
   Put(a_ + "/f.txt", "fresh content", kNewTime, 123456789, 0640);
   Put(b_ + "/f.txt", "stale", kOldTime, 0, 0644);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate);
   const FileState source = StateOf(a_ + "/f.txt");
 
@@ -279,7 +244,7 @@ TEST_F(PerformActionsTest, CopyGoesFromTheSourceIndexWhicheverFolderItIs) {
   Put(a_ + "/f.txt", "older", kOldTime);
   Put(b_ + "/f.txt", "newer in the second folder", kNewTime, 5);
   UseFolders(2, /*mirrors=*/false);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 2, 0);
 
   set_.PerformActions();
@@ -296,7 +261,7 @@ TEST_F(PerformActionsTest, MissingCopyIsCreatedWithItsFoldersUnderFlagCreate) {
   MakeFolder(a_ + "/sub/deeper");
   Put(a_ + "/sub/deeper/f.txt", "only here", kNewTime, 42);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("sub/deeper/f.txt", 1, kFlagCreate);
 
   set_.PerformActions();
@@ -310,7 +275,7 @@ TEST_F(PerformActionsTest, MissingCopyIsNotCreatedWithoutFlagCreate) {
   MakeFolder(a_ + "/sub");
   Put(a_ + "/sub/f.txt", "only here", kNewTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("sub/f.txt", 1, 0);
 
   set_.PerformActions();
@@ -323,7 +288,7 @@ TEST_F(PerformActionsTest, CopyThatSeemsTheSameIsSkippedUnlessForced) {
   Put(a_ + "/f.txt", "abc", kNewTime);
   Put(b_ + "/f.txt", "xyz", kNewTime);  // same date and size, other bytes
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate);
   set_.PerformActions();
   EXPECT_EQ(Read(b_ + "/f.txt"), "xyz");
@@ -337,9 +302,9 @@ TEST_F(PerformActionsTest, PerformActionReturnsTheOperationsAndRecordsThem) {
   Put(a_ + "/f.txt", "newest", kNewTime);
   Put(b_ + "/f.txt", "old", kOldTime);
   UseFolders(3);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate);
-  SyncFile& file = File("f.txt");
+  SyncFile& file = FileNamed(set_, "f.txt");
 
   EXPECT_EQ(file.PerformAction(false), 2);
 
@@ -355,15 +320,15 @@ TEST_F(PerformActionsTest, UndecidedAndDoNothingTouchNothing) {
   Put(a_ + "/g.txt", "new", kNewTime);
   Put(b_ + "/g.txt", "old", kOldTime);
   UseFolders(2);
-  Build();
-  File("f.txt").Action = kUndecided;
-  File("g.txt").Action = kDoNothing;
-  File("f.txt").ActionFlags = File("g.txt").ActionFlags = 0xFF;
+  BuildSilently(set_, ui_);
+  FileNamed(set_, "f.txt").Action = kUndecided;
+  FileNamed(set_, "g.txt").Action = kDoNothing;
+  FileNamed(set_, "f.txt").ActionFlags = FileNamed(set_, "g.txt").ActionFlags = 0xFF;
   const FileState f = StateOf(b_ + "/f.txt");
   const FileState g = StateOf(b_ + "/g.txt");
 
-  EXPECT_EQ(File("f.txt").PerformAction(false), 0);
-  EXPECT_EQ(File("g.txt").PerformAction(false), 0);
+  EXPECT_EQ(FileNamed(set_, "f.txt").PerformAction(false), 0);
+  EXPECT_EQ(FileNamed(set_, "g.txt").PerformAction(false), 0);
   set_.PerformActions();
 
   EXPECT_EQ(StateOf(b_ + "/f.txt"), f);
@@ -376,8 +341,8 @@ TEST_F(PerformActionsTest, DefaultActionOfANewFileCopiesItOver) {
   LoadCatalogue();
   Put(a_ + "/new.txt", "brand new", kNewTime);
   UseFolders(2, /*mirrors=*/false);
-  Build();
-  ASSERT_EQ(File("new.txt").Action, kUseNewest);
+  BuildSilently(set_, ui_);
+  ASSERT_EQ(FileNamed(set_, "new.txt").Action, kUseNewest);
 
   set_.PerformActions();
 
@@ -388,7 +353,7 @@ TEST_F(PerformActionsTest, ActionsFollowTheListOrderAndEndWithCompletedLine) {
   Put(a_ + "/one.txt", "1", kNewTime);
   Put(a_ + "/two.txt", "2", kNewTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   ASSERT_EQ(set_.WFileCount(), 2);
   const std::string first = set_.WFile(1).RelativeName();
   const std::string second = set_.WFile(2).RelativeName();
@@ -421,7 +386,7 @@ TEST_F(PerformActionsTest, StopRequestedBetweenFilesStartsNoFurtherFile) {
   Put(a_ + "/one.txt", "1", kNewTime);
   Put(a_ + "/two.txt", "2", kNewTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   ASSERT_EQ(set_.WFile(1).RelativeName(), "one.txt");
   UseNewest("one.txt", 1, kFlagCreate);
   UseNewest("two.txt", 1, kFlagCreate);
@@ -445,7 +410,7 @@ TEST_F(PerformActionsTest, ReadOnlyDestinationIsSkippedWithoutFlagTwo) {
   Put(a_ + "/f.txt", "new", kNewTime, 0, 0640);
   Put(b_ + "/f.txt", "read-only old", kOldTime, 0, 0444);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate | kFlagForceCopy);
   const FileState before = StateOf(b_ + "/f.txt");
 
@@ -460,7 +425,7 @@ TEST_F(PerformActionsTest, ReadOnlyDestinationIsOverwrittenWithFlagTwo) {
   Put(a_ + "/f.txt", "new", kNewTime, 77, 0640);
   Put(b_ + "/f.txt", "read-only old", kOldTime, 0, 0444);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate | kFlagOverwriteReadOnly);
 
   set_.PerformActions();
@@ -474,7 +439,7 @@ TEST_F(PerformActionsTest, ReadOnlyBitIsClearedBeforeTheCopyIsTried) {
   Put(a_ + "/f.txt", "new", kNewTime);
   Put(b_ + "/f.txt", "read-only old", kOldTime, 0, 0444);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagOverwriteReadOnly);
   // The copy itself fails, which shows what happened before it.
   ImmutableGuard guard(b_);
@@ -495,10 +460,10 @@ TEST_F(PerformActionsTest, DeleteAllDeletesEveryCopyInFolderOrder) {
   Put(b_ + "/f.txt", "2", kOldTime);
   Put(c_ + "/f.txt", "3", kOldTime);
   UseFolders(3);
-  Build();
+  BuildSilently(set_, ui_);
   DeleteAll("f.txt");
 
-  EXPECT_EQ(File("f.txt").PerformAction(false), 3);
+  EXPECT_EQ(FileNamed(set_, "f.txt").PerformAction(false), 3);
 
   EXPECT_FALSE(Exists(a_ + "/f.txt"));
   EXPECT_FALSE(Exists(b_ + "/f.txt"));
@@ -507,14 +472,14 @@ TEST_F(PerformActionsTest, DeleteAllDeletesEveryCopyInFolderOrder) {
             (std::vector<std::string>{"Deleting " + a_ + "/f.txt",
                                       "Deleting " + b_ + "/f.txt",
                                       "Deleting " + c_ + "/f.txt"}));
-  EXPECT_EQ(File("f.txt").PerformAction(true), 0);
+  EXPECT_EQ(FileNamed(set_, "f.txt").PerformAction(true), 0);
 }
 
 TEST_F(PerformActionsTest, ReadOnlyCopyIsDeletedOnlyWithFlagSixteen) {
   Put(a_ + "/f.txt", "1", kNewTime);
   Put(b_ + "/f.txt", "2", kOldTime, 0, 0444);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   DeleteAll("f.txt", kFlagOverwriteReadOnly);
 
   set_.PerformActions();
@@ -534,7 +499,7 @@ TEST_F(PerformActionsTest, DeleteFailureAsksAndRetryRepeatsTheDeletion) {
   Put(b_ + "/f.txt", "2", kOldTime);
   Put(a_ + "/g.txt", "3", kNewTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   DeleteAll("f.txt");
   UseNewest("g.txt", 1, kFlagCreate);
   ImmutableGuard guard(b_);
@@ -563,7 +528,7 @@ TEST_F(PerformActionsTest, DeleteAbortLeavesTheFilesOtherCopies) {
   Put(a_ + "/f.txt", "1", kNewTime);
   Put(b_ + "/f.txt", "2", kOldTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   DeleteAll("f.txt");
   ImmutableGuard guard(a_);
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -582,7 +547,7 @@ TEST_F(PerformActionsTest, CopyThatVanishedSinceTheScanIsSkippedNotDeleted) {
   Put(a_ + "/f.txt", "1", kNewTime);
   Put(b_ + "/f.txt", "2", kOldTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   DeleteAll("f.txt");
   ASSERT_EQ(unlink((a_ + "/f.txt").c_str()), 0);
 
@@ -603,7 +568,7 @@ TEST_F(PerformActionsTest,
   Put(a_ + "/g.txt", "doomed", kOldTime);
   Put(b_ + "/g.txt", "doomed", kOldTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate);
   DeleteAll("g.txt");
   // Edits saved while the run was being prepared.
@@ -626,12 +591,12 @@ TEST_F(PerformActionsTest, SimulatedUseNewestOverThreeFoldersChangesNothing) {
   Put(b_ + "/f.txt", "older", kOldTime, 1, 0600);
   Put(c_ + "/f.txt", "oldest copy", kOldTime - 100, 2, 0444);
   UseFolders(3, /*mirrors=*/false);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate | kFlagOverwriteReadOnly);
   const FileState a = StateOf(a_ + "/f.txt");
   const FileState b = StateOf(b_ + "/f.txt");
   const FileState c = StateOf(c_ + "/f.txt");
-  TheRunState().simulation_mode = true;
+  run_state_.simulation_mode = true;
 
   set_.PerformActions();
 
@@ -653,10 +618,10 @@ TEST_F(PerformActionsTest, SimulationLogsCreationsAndDeletionsChangingNothing) {
   Put(a_ + "/gone.txt", "1", kNewTime);
   Put(b_ + "/gone.txt", "2", kOldTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("sub/new.txt", 1, kFlagCreate);
   DeleteAll("gone.txt");
-  TheRunState().simulation_mode = true;
+  run_state_.simulation_mode = true;
 
   set_.PerformActions();
 
@@ -673,11 +638,11 @@ TEST_F(PerformActionsTest, SimulationSkipsTheStepsThatWouldFail) {
   Put(a_ + "/f.txt", "new", kNewTime);
   Put(b_ + "/f.txt", "old", kOldTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate);
   ImmutableGuard guard(b_);
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
-  TheRunState().simulation_mode = true;
+  run_state_.simulation_mode = true;
 
   set_.PerformActions();
 
@@ -833,7 +798,7 @@ TEST_F(PerformActionsTest, AbortStopsTheRemainingCopiesOfTheSameFile) {
   Put(b_ + "/f.txt", "old b", kOldTime);
   Put(c_ + "/f.txt", "old c", kOldTime);
   UseFolders(3);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate);
   ImmutableGuard guard(b_);
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -881,7 +846,7 @@ TEST_F(PerformActionsTest, CopyOntoItselfIsAnErrorOfTheRun) {
   Put(a_ + "/f.txt", "shared bytes", kNewTime);
   ASSERT_EQ(link((a_ + "/f.txt").c_str(), (b_ + "/f.txt").c_str()), 0);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate | kFlagForceCopy);
   const FileState before = StateOf(a_ + "/f.txt");
   ui_.answers = {kIdIgnore};
@@ -902,7 +867,7 @@ TEST_F(PerformActionsTest, SourceThatVanishedAfterTheScanIsAnErrorOfTheRun) {
   Put(b_ + "/f.txt", "old", kOldTime);
   Put(a_ + "/g.txt", "next", kNewTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate);
   UseNewest("g.txt", 1, kFlagCreate);
   const FileState before = StateOf(b_ + "/f.txt");
@@ -924,7 +889,7 @@ TEST_F(PerformActionsTest, CopyFailingHalfWayKeepsTheOldDestinationWhole) {
   Put(a_ + "/big.bin", big, kNewTime);
   Put(b_ + "/big.bin", "the old destination", kOldTime, 31);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("big.bin", 1, kFlagCreate);
   const FileState before = StateOf(b_ + "/big.bin");
   std::vector<std::string> partial_seen;
@@ -952,7 +917,7 @@ TEST_F(PerformActionsTest, CopyIntoImmutableFolderKeepsTheOldDestination) {
   Put(a_ + "/f.txt", "new", kNewTime);
   Put(b_ + "/f.txt", "old destination", kOldTime, 12345);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate);
   const FileState before = StateOf(b_ + "/f.txt");
   ImmutableGuard guard(b_);
@@ -975,7 +940,7 @@ TEST_F(PerformActionsTest, DestinationFolderFailureAsksRetryThenIgnore) {
   Put(a_ + "/inner/newdir/f.txt", "deep", kNewTime);
   Put(a_ + "/z.txt", "new z", kNewTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   ASSERT_EQ(set_.WFile(1).RelativeName(), "inner/newdir/f.txt");
   UseNewest("inner/newdir/f.txt", 1, kFlagCreate);
   UseNewest("z.txt", 1, kFlagCreate);
@@ -1004,7 +969,7 @@ TEST_F(PerformActionsTest, DestinationFolderFailureAbortStopsTheRun) {
   Put(a_ + "/inner/newdir/f.txt", "deep", kNewTime);
   Put(a_ + "/z.txt", "new z", kNewTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("inner/newdir/f.txt", 1, kFlagCreate);
   UseNewest("z.txt", 1, kFlagCreate);
   ImmutableGuard guard(b_ + "/inner");
@@ -1023,7 +988,7 @@ TEST_F(PerformActionsTest, DestinationFolderUnderARegularFileIsAnError) {
   Put(a_ + "/sub/f.txt", "deep", kNewTime);
   Put(b_ + "/sub", "a file where the folder should be", kOldTime);
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("sub/f.txt", 1, kFlagCreate);
   ui_.answers = {kIdIgnore};
 
@@ -1046,7 +1011,7 @@ TEST_F(PerformActionsTest, SyncFoldersCreatesSourceFoldersBeforeFileActions) {
   Put(a_ + "/f.txt", "new", kNewTime);
   UseFolders(3);
   set_.SyncFolders = true;
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate);
   bool folders_before_files = false;
   bool checked = false;
@@ -1073,7 +1038,7 @@ TEST_F(PerformActionsTest, RealRunCreatesFoldersAndLogsThem) {
   MakeFolder(a_ + "/empty");
   UseFolders(2);
   set_.SyncFolders = true;
-  Build();
+  BuildSilently(set_, ui_);
 
   set_.PerformActions();
 
@@ -1090,9 +1055,9 @@ TEST_F(PerformActionsTest, SimulatedFolderCreationIsLoggedOnly) {
   Put(a_ + "/tree/leaf/f.txt", "new", kNewTime);
   UseFolders(2);
   set_.SyncFolders = true;
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("tree/leaf/f.txt", 1, kFlagCreate);
-  TheRunState().simulation_mode = true;
+  run_state_.simulation_mode = true;
 
   set_.PerformActions();
 
@@ -1122,7 +1087,7 @@ TEST_F(PerformActionsTest, SyncFoldersTakesOnlyFoldersOfSourcesThatPass) {
   UseFolders(2);
   set_.SyncFolders = true;
   set_.FolderExcludeSpec = "skipped";
-  Build();
+  BuildSilently(set_, ui_);
 
   set_.PerformActions();
 
@@ -1134,7 +1099,7 @@ TEST_F(PerformActionsTest, SyncFoldersTakesOnlyFoldersOfSourcesThatPass) {
 TEST_F(PerformActionsTest, WithoutSyncFoldersNoEmptyFolderIsCreated) {
   MakeFolder(a_ + "/empty");
   UseFolders(2);
-  Build();
+  BuildSilently(set_, ui_);
 
   set_.PerformActions();
 
@@ -1148,7 +1113,7 @@ TEST_F(PerformActionsTest, FolderCreationFailureAsksRetryIgnoreAbort) {
   Put(a_ + "/z.txt", "new z", kNewTime);
   UseFolders(2);
   set_.SyncFolders = true;
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("z.txt", 1, kFlagCreate);
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -1171,7 +1136,7 @@ TEST_F(PerformActionsTest, FolderCreationAbortPerformsNoFileAction) {
   Put(a_ + "/z.txt", "new z", kNewTime);
   UseFolders(2);
   set_.SyncFolders = true;
-  Build();
+  BuildSilently(set_, ui_);
   UseNewest("z.txt", 1, kFlagCreate);
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -1207,13 +1172,13 @@ class SmartDeletesTest : public PerformActionsTest {
     set_.SetPathFlags(3, kFolderEnabled | kFolderMirrorTo);
     set_.LastSyncDate = 44562;  // 2022-01-01
     set_.AllowSmartDeletes = allow_smart_deletes;
-    Build();
+    BuildSilently(set_, ui_);
   }
 };
 
 TEST_F(SmartDeletesTest, DeletionFromASourceIsCarriedOutWithSmartDeletes) {
   SetUpDeletions(true);
-  EXPECT_EQ(File("gone.txt").Action, kDeleteAll);
+  EXPECT_EQ(FileNamed(set_, "gone.txt").Action, kDeleteAll);
 
   set_.PerformActions();
 
@@ -1224,8 +1189,8 @@ TEST_F(SmartDeletesTest, DeletionFromASourceIsCarriedOutWithSmartDeletes) {
 
 TEST_F(SmartDeletesTest, WithoutSmartDeletesOnlyMirrorLeftoversAreDeleted) {
   SetUpDeletions(false);
-  EXPECT_EQ(File("gone.txt").Action, kUndecided);
-  EXPECT_EQ(File("orphan.txt").Action, kDeleteAll);
+  EXPECT_EQ(FileNamed(set_, "gone.txt").Action, kUndecided);
+  EXPECT_EQ(FileNamed(set_, "orphan.txt").Action, kDeleteAll);
 
   set_.PerformActions();
 

@@ -25,17 +25,18 @@
 
 #include "config/ini_file.h"
 #include "config/ini_file_section.h"
-#include "config/module.h"
+#include "app/program.h"
 #include "engine/log_file.h"
 #include "engine/run_state.h"
-#include "engine/sync_driver.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
 #include "support/disk_files.h"
 #include "support/immutable_guard.h"
 #include "support/recording_user_interface.h"
+#include "support/run_files.h"
 #include "support/temp_dir.h"
 #include "support/test_dates.h"
+#include "support/text_echo.h"
 #include "util/text_file.h"
 #include "util/user_interface.h"
 
@@ -64,34 +65,6 @@ std::int64_t ModifySeconds(const std::string& path) {
   return st.st_mtim.tv_sec;
 }
 
-// The names in the folder exactly as it holds them, sorted by bytes.
-std::vector<std::string> Names(const std::string& folder) {
-  std::vector<std::string> names;
-  DIR* dir = opendir(folder.c_str());
-  if (dir == nullptr) return names;
-  while (const struct dirent* entry = readdir(dir)) {
-    const std::string name = entry->d_name;
-    if (name != "." && name != "..") names.push_back(name);
-  }
-  closedir(dir);
-  std::sort(names.begin(), names.end());
-  return names;
-}
-
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
-// The progress window's log box.
-class TextEcho : public LogEchoTarget {
- public:
-  std::size_t TextLength() const override { return text.size(); }
-  void AppendText(const std::string& more) override { text += more; }
-  void ClearText() override { text.clear(); }
-
-  std::string text;
-};
-
 class RunSafetyTest : public ::testing::Test {
  protected:
   RunSafetyTest() {
@@ -102,13 +75,13 @@ class RunSafetyTest : public ::testing::Test {
     MakeFolder(a_);
     MakeFolder(b_);
     MakeFolder(outside_);
-    ResetRunState();
     // The log only echoes: a run sets the log's path from the set, which
     // has no log file.
     ui_.log_echo = &echo_;
     log_.EchoTextBox = &echo_;
     set_.Name = "Docs";
     set_.SetLog(&log_);
+    set_.SetRunState(&program_.Run());
     EXPECT_TRUE(catalogue_file_.LoadFile(std::string(PAIRWELL_SOURCE_DIR) +
                                          "/data/Pairwell.ini"));
     catalogue_ = catalogue_file_.Section("Conflict Types");
@@ -116,40 +89,12 @@ class RunSafetyTest : public ::testing::Test {
     if (catalogue_) set_.ReadConflictInfo(*catalogue_);
   }
 
-  ~RunSafetyTest() override {
-    ResetRunState();
-    log_.CloseLog();
-  }
-
-  static void ResetRunState() {
-    RunState& state = TheRunState();
-    state.simulation_mode = false;
-    state.error_handling = nullptr;
-    state.first_phase = true;
-    state.busy = false;
-    state.interactive = false;
-    state.current_set = nullptr;
-    TheINIFile().RemoveSection("ErrorHandling");
-  }
+  ~RunSafetyTest() override { log_.CloseLog(); }
 
   // Folders a and b, both sources.
   void UseFolders() {
     set_.PathAdd(a_);
     set_.PathAdd(b_);
-  }
-
-  void Build() {
-    ASSERT_TRUE(set_.BuildActionList());
-    ASSERT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
-  }
-
-  // The run's file of that relative name; fails the test when missing.
-  SyncFile& File(const std::string& relative_name) {
-    for (long i = 1; i <= set_.WFileCount(); ++i) {
-      if (set_.WFile(i).RelativeName() == relative_name) return set_.WFile(i);
-    }
-    ADD_FAILURE() << "no file " << relative_name << " in the run";
-    throw std::runtime_error("missing file");
   }
 
   // The 1-based index of the set's conflict type of that name, or 0.
@@ -179,6 +124,7 @@ class RunSafetyTest : public ::testing::Test {
   }
 
   RecordingUserInterface ui_;
+  Program program_{ui_};
   TempDir tmp_;
   std::string a_;
   std::string b_;
@@ -202,7 +148,7 @@ TEST_F(RunSafetyTest, IgnoredCopyErrorKeepsTheDateUntilARunCompletesTheCopy) {
     if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
     ui_.answers = {kIdIgnore};
 
-    EXPECT_TRUE(RunSyncSets({&set_}, false));
+    EXPECT_TRUE(RunSets(program_, {&set_}));
 
     ASSERT_EQ(ui_.messages.size(), 1u);
     EXPECT_TRUE(Contains(ui_.messages[0].text,
@@ -218,7 +164,7 @@ TEST_F(RunSafetyTest, IgnoredCopyErrorKeepsTheDateUntilARunCompletesTheCopy) {
   ui_.messages.clear();
   echo_.text.clear();
 
-  EXPECT_TRUE(RunSyncSets({&set_}, false));
+  EXPECT_TRUE(RunSets(program_, {&set_}));
 
   EXPECT_TRUE(ui_.messages.empty());
   EXPECT_EQ(Read(b_ + "/new.txt"), "only in a");
@@ -234,11 +180,11 @@ TEST_F(RunSafetyTest, CopyErrorIgnoredByTheErrorTableKeepsTheDate) {
   UseFolders();
   set_.LastSyncDate = LastSync();
   Put(a_ + "/new.txt", "only in a", kNewTime);
-  TheINIFile().AddSection("ErrorHandling")->AddVar("Code1", "I");
+  program_.TheINIFile().AddSection("ErrorHandling")->AddVar("Code1", "I");
   ImmutableGuard guard(b_);
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
 
-  EXPECT_TRUE(RunSyncSets({&set_}, false));
+  EXPECT_TRUE(RunSets(program_, {&set_}));
 
   EXPECT_TRUE(ui_.messages.empty());
   EXPECT_EQ(set_.IgnoredErrors(), 1);
@@ -254,8 +200,8 @@ TEST_F(RunSafetyTest, TypeThatCreatesNoCopyLeavesTheFileAloneAndTheDate) {
   ASSERT_GT(type, 0);
   set_.ConflictTypes(type).StringToCustomConfig("3");
   ASSERT_FALSE(set_.ConflictTypes(type).CreateDest);
-  Build();
-  SyncFile& file = File("new.txt");
+  BuildSilently(set_, ui_);
+  SyncFile& file = FileNamed(set_, "new.txt");
   EXPECT_EQ(file.ComputeConflictIndex(), type);
   EXPECT_EQ(file.Action, kUseNewest);
   EXPECT_EQ(file.ActionFlags & kFlagCreate, 0);
@@ -264,7 +210,7 @@ TEST_F(RunSafetyTest, TypeThatCreatesNoCopyLeavesTheFileAloneAndTheDate) {
   EXPECT_EQ(set_.IncompleteFiles(), 1);
   set_.FreeSyncData();
 
-  EXPECT_TRUE(RunSyncSets({&set_}, false));
+  EXPECT_TRUE(RunSets(program_, {&set_}));
 
   EXPECT_FALSE(Exists(b_ + "/new.txt"));
   EXPECT_EQ(Read(a_ + "/new.txt"), "only in a");
@@ -281,7 +227,7 @@ TEST_F(RunSafetyTest, EmptySourceAfterASyncStopsTheRunBeforeAnyDeletion) {
   Put(b_ + "/x.txt", "x in b", kOldTime);
   Put(b_ + "/y.txt", "y in b", kOldTime);
 
-  EXPECT_FALSE(RunSyncSets({&set_}, false));
+  EXPECT_FALSE(RunSets(program_, {&set_}));
 
   ASSERT_EQ(ui_.messages.size(), 1u);
   EXPECT_EQ(ui_.messages[0].text,
@@ -293,7 +239,7 @@ TEST_F(RunSafetyTest, EmptySourceAfterASyncStopsTheRunBeforeAnyDeletion) {
   EXPECT_EQ(ui_.messages[0].style, kMbExclamation);
   EXPECT_EQ(Read(b_ + "/x.txt"), "x in b");
   EXPECT_EQ(Read(b_ + "/y.txt"), "y in b");
-  EXPECT_TRUE(Names(a_).empty());
+  EXPECT_TRUE(Entries(a_).empty());
   EXPECT_EQ(set_.LastSyncDate, LastSync());
 }
 
@@ -302,7 +248,7 @@ TEST_F(RunSafetyTest, EmptySourceAtTheFirstSyncReceivesTheOtherFiles) {
   Put(b_ + "/x.txt", "x in b", kOldTime);
   Put(b_ + "/y.txt", "y in b", kOldTime);
 
-  EXPECT_TRUE(RunSyncSets({&set_}, false));
+  EXPECT_TRUE(RunSets(program_, {&set_}));
 
   EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
   EXPECT_EQ(Read(a_ + "/x.txt"), "x in b");
@@ -319,9 +265,9 @@ TEST_F(RunSafetyTest, LinkedFolderBlocksTheFilesUnderItsName) {
   MakeLink(outside_, a_ + "/music");
   MakeFolder(b_ + "/music");
   Put(b_ + "/music/s1.mp3", "song", kOldTime);
-  Build();
+  BuildSilently(set_, ui_);
 
-  SyncFile& file = File("music/s1.mp3");
+  SyncFile& file = FileNamed(set_, "music/s1.mp3");
   EXPECT_TRUE(file.Blocked());
   EXPECT_EQ(file.Action, kUndecided);
   EXPECT_EQ(file.PerformAction(true), 0);
@@ -335,7 +281,7 @@ TEST_F(RunSafetyTest, LinkedFolderBlocksTheFilesUnderItsName) {
 
   EXPECT_EQ(Read(b_ + "/music/s1.mp3"), "song");
   EXPECT_TRUE(IsLink(a_ + "/music"));
-  EXPECT_TRUE(Names(outside_).empty());
+  EXPECT_TRUE(Entries(outside_).empty());
 }
 
 TEST_F(RunSafetyTest, BlockedFilesDoNotHoldTheDateBack) {
@@ -345,11 +291,11 @@ TEST_F(RunSafetyTest, BlockedFilesDoNotHoldTheDateBack) {
   MakeFolder(b_ + "/music");
   Put(b_ + "/music/s1.mp3", "song", kOldTime);
 
-  EXPECT_TRUE(RunSyncSets({&set_}, false));
+  EXPECT_TRUE(RunSets(program_, {&set_}));
 
   EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
   EXPECT_EQ(Read(b_ + "/music/s1.mp3"), "song");
-  EXPECT_TRUE(Names(outside_).empty());
+  EXPECT_TRUE(Entries(outside_).empty());
   EXPECT_EQ(set_.LastSyncDate, set_.ScanStarted());
   EXPECT_FALSE(Contains(LogText(), "The last synchronization date stays"))
       << LogText();
@@ -360,9 +306,9 @@ TEST_F(RunSafetyTest, LinkedFileIsNotReplacedByTheNewerCopy) {
   Put(outside_ + "/real.conf", "the link's target", kOldTime);
   Put(a_ + "/app.conf", "newer settings", kNewTime);
   MakeLink(outside_ + "/real.conf", b_ + "/app.conf");
-  Build();
+  BuildSilently(set_, ui_);
 
-  SyncFile& file = File("app.conf");
+  SyncFile& file = FileNamed(set_, "app.conf");
   EXPECT_TRUE(file.Blocked());
   EXPECT_EQ(file.Action, kUndecided);
   EXPECT_EQ(set_.IncompleteFiles(), 0);
@@ -377,7 +323,7 @@ TEST_F(RunSafetyTest, LinkedFileIsNotReplacedByTheNewerCopy) {
   EXPECT_EQ(Read(outside_ + "/real.conf"), "the link's target");
   EXPECT_EQ(ModifySeconds(outside_ + "/real.conf"), kOldTime);
   EXPECT_EQ(Read(a_ + "/app.conf"), "newer settings");
-  EXPECT_EQ(Names(outside_), std::vector<std::string>{"real.conf"});
+  EXPECT_EQ(Entries(outside_), std::vector<std::string>{"real.conf"});
 }
 
 TEST_F(RunSafetyTest, NamesEqualIgnoringCaseBlockTheFile) {
@@ -386,9 +332,9 @@ TEST_F(RunSafetyTest, NamesEqualIgnoringCaseBlockTheFile) {
   Put(a_ + "/notes.txt", "notes in a", kOldTime);
   Put(b_ + "/Notes.txt", "Notes in b, newest", kNewTime);
   Put(b_ + "/notes.txt", "notes in b", kOldTime + 60);
-  Build();
+  BuildSilently(set_, ui_);
 
-  SyncFile& file = File("notes.txt");
+  SyncFile& file = FileNamed(set_, "notes.txt");
   EXPECT_TRUE(file.Blocked());
   EXPECT_EQ(file.Action, kUndecided);
   EXPECT_TRUE(Contains(LogText(), "Left out: " + b_ +
@@ -405,8 +351,8 @@ TEST_F(RunSafetyTest, NamesEqualIgnoringCaseBlockTheFile) {
   EXPECT_EQ(ModifySeconds(b_ + "/Notes.txt"), kNewTime);
   EXPECT_EQ(Read(b_ + "/notes.txt"), "notes in b");
   EXPECT_EQ(ModifySeconds(b_ + "/notes.txt"), kOldTime + 60);
-  EXPECT_EQ(Names(a_), std::vector<std::string>{"notes.txt"});
-  EXPECT_EQ(Names(b_), (std::vector<std::string>{"Notes.txt", "notes.txt"}));
+  EXPECT_EQ(Entries(a_), std::vector<std::string>{"notes.txt"});
+  EXPECT_EQ(Entries(b_), (std::vector<std::string>{"Notes.txt", "notes.txt"}));
 }
 
 // --- Spelling per folder ----------------------------------------------------
@@ -416,9 +362,9 @@ TEST_F(RunSafetyTest, CopyOverwritesTheFileAsTheFolderSpellsIt) {
   UseFolders();
   Put(a_ + "/notes.txt", "newer notes", kNewTime);
   Put(b_ + "/Notes.txt", "old notes", kOldTime);
-  Build();
+  BuildSilently(set_, ui_);
 
-  SyncFile& file = File("notes.txt");
+  SyncFile& file = FileNamed(set_, "notes.txt");
   EXPECT_FALSE(file.Blocked());
   EXPECT_EQ(file.FullPath(1), a_ + "/notes.txt");
   EXPECT_EQ(file.FullPath(2), b_ + "/Notes.txt");
@@ -428,10 +374,10 @@ TEST_F(RunSafetyTest, CopyOverwritesTheFileAsTheFolderSpellsIt) {
 
   set_.PerformActions();
 
-  EXPECT_EQ(Names(b_), std::vector<std::string>{"Notes.txt"});
+  EXPECT_EQ(Entries(b_), std::vector<std::string>{"Notes.txt"});
   EXPECT_EQ(Read(b_ + "/Notes.txt"), "newer notes");
   EXPECT_EQ(ModifySeconds(b_ + "/Notes.txt"), kNewTime);
-  EXPECT_EQ(Names(a_), std::vector<std::string>{"notes.txt"});
+  EXPECT_EQ(Entries(a_), std::vector<std::string>{"notes.txt"});
 }
 
 TEST_F(RunSafetyTest, NewFileLandsInTheFolderAsTheDestinationSpellsIt) {
@@ -440,14 +386,14 @@ TEST_F(RunSafetyTest, NewFileLandsInTheFolderAsTheDestinationSpellsIt) {
   MakeFolder(a_ + "/Docs");
   Put(a_ + "/Docs/new.txt", "a new document", kNewTime);
   MakeFolder(b_ + "/docs");
-  Build();
+  BuildSilently(set_, ui_);
 
-  SyncFile& file = File("Docs/new.txt");
+  SyncFile& file = FileNamed(set_, "Docs/new.txt");
   EXPECT_EQ(file.FullPath(2), b_ + "/docs/new.txt");
 
   set_.PerformActions();
 
-  EXPECT_EQ(Names(b_), std::vector<std::string>{"docs"});
+  EXPECT_EQ(Entries(b_), std::vector<std::string>{"docs"});
   EXPECT_EQ(Read(b_ + "/docs/new.txt"), "a new document");
   EXPECT_FALSE(Exists(b_ + "/Docs"));
 }
@@ -460,17 +406,17 @@ TEST_F(RunSafetyTest, NamesWithTrailingBlankOrColonAreCopiedAsTheyAre) {
   Put(a_ + "/data ", "data with a trailing blank", kNewTime);
   Put(a_ + "/1:1 agenda.txt", "agenda", kNewTime);
 
-  EXPECT_TRUE(RunSyncSets({&set_}, false));
+  EXPECT_TRUE(RunSets(program_, {&set_}));
 
   EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
-  EXPECT_EQ(Names(b_),
+  EXPECT_EQ(Entries(b_),
             (std::vector<std::string>{"1:1 agenda.txt", "data", "data "}));
   EXPECT_EQ(Read(b_ + "/data"), "plain data");
   EXPECT_EQ(Read(b_ + "/data "), "data with a trailing blank");
   EXPECT_EQ(Read(b_ + "/1:1 agenda.txt"), "agenda");
   EXPECT_EQ(Read(a_ + "/data"), "plain data");
   EXPECT_EQ(Read(a_ + "/data "), "data with a trailing blank");
-  EXPECT_EQ(Names(a_),
+  EXPECT_EQ(Entries(a_),
             (std::vector<std::string>{"1:1 agenda.txt", "data", "data "}));
   EXPECT_EQ(set_.LastSyncDate, set_.ScanStarted());
 }
@@ -518,11 +464,11 @@ TEST_F(RunSafetyTest, SimulationCreatesNoMissingFolder) {
   set_.PathAdd(missing);
   set_.SetPathFlag(2, kFolderAllowBaseCreation);
   Put(a_ + "/new.txt", "only in a", kNewTime);
-  TheRunState().simulation_mode = true;
+  program_.Run().simulation_mode = true;
 
-  EXPECT_TRUE(RunSyncSets({&set_}, false));
+  EXPECT_TRUE(RunSets(program_, {&set_}));
 
-  TheRunState().simulation_mode = false;
+  program_.Run().simulation_mode = false;
   EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
   EXPECT_FALSE(Exists(missing));
   EXPECT_TRUE(Contains(LogText(), "Would create folder " + missing + "\n"))
@@ -546,9 +492,9 @@ TEST_F(RunSafetyTest, DeletionFromASourceLeavesTheMergeToCopy) {
   Put(g_ + "/f.txt", "shared", kOldTime);
   Put(a_ + "/keep.txt", "kept", kOldTime);
   Put(b_ + "/keep.txt", "kept", kOldTime);
-  Build();
+  BuildSilently(set_, ui_);
 
-  SyncFile& file = File("f.txt");
+  SyncFile& file = FileNamed(set_, "f.txt");
   EXPECT_EQ(file.Action, kDeleteAll);
   EXPECT_TRUE(file.Deletable(2));
   EXPECT_FALSE(file.Deletable(3));
@@ -575,7 +521,7 @@ TEST_F(RunSafetyTest, MergeToCopyLeftAfterADeletionDoesNotHoldTheDateBack) {
   Put(a_ + "/keep.txt", "kept", kOldTime);
   Put(b_ + "/keep.txt", "kept", kOldTime);
 
-  EXPECT_TRUE(RunSyncSets({&set_}, false));
+  EXPECT_TRUE(RunSets(program_, {&set_}));
 
   EXPECT_FALSE(Exists(b_ + "/f.txt"));
   EXPECT_EQ(Read(g_ + "/f.txt"), "shared");
@@ -586,7 +532,7 @@ TEST_F(RunSafetyTest, MergeToCopyLeftAfterADeletionDoesNotHoldTheDateBack) {
   // A later run does not list the file at all: a merge-to folder adds no
   // names of its own.
   echo_.text.clear();
-  EXPECT_TRUE(RunSyncSets({&set_}, false));
+  EXPECT_TRUE(RunSets(program_, {&set_}));
 
   EXPECT_EQ(Read(g_ + "/f.txt"), "shared");
   EXPECT_EQ(set_.LastSyncDate, set_.ScanStarted());
@@ -611,8 +557,8 @@ TEST_F(RunSafetyTest, ReplacingContentThroughALinkKeepsTheLink) {
   EXPECT_EQ(std::string(buffer, static_cast<std::size_t>(length)), target);
   EXPECT_EQ(Read(target), "new settings");
   EXPECT_EQ(Read(link), "new settings");
-  EXPECT_EQ(Names(a_), std::vector<std::string>{"settings.ini"});
-  EXPECT_EQ(Names(outside_), std::vector<std::string>{"settings.ini"});
+  EXPECT_EQ(Entries(a_), std::vector<std::string>{"settings.ini"});
+  EXPECT_EQ(Entries(outside_), std::vector<std::string>{"settings.ini"});
 }
 
 }  // namespace

@@ -1,13 +1,15 @@
-// A user interface for tests: answers message boxes from a queue and
-// records every message it was shown.
+// A front end for tests: answers message boxes from a queue, records every
+// message it was shown, and lets a test hook into the event pump, the
+// message box and the confirm window.
 #ifndef PAIRWELL_TESTS_SUPPORT_RECORDING_USER_INTERFACE_H_
 #define PAIRWELL_TESTS_SUPPORT_RECORDING_USER_INTERFACE_H_
 
 #include <deque>
+#include <functional>
 #include <string>
 #include <vector>
 
-#include "util/user_interface.h"
+#include "app/front_end.h"
 
 namespace pairwell {
 
@@ -17,11 +19,11 @@ struct RecordedMessage {
   std::string caption;
 };
 
-// Installs itself on construction and removes itself on destruction.
-class RecordingUserInterface : public UserInterface {
+// Installs itself for the lower layers on construction and puts back the
+// interface it replaced on destruction.
+class RecordingUserInterface : public FrontEnd {
  public:
   RecordingUserInterface();
-  ~RecordingUserInterface() override;
 
   // Answers given in order; once the queue is empty, the style's default
   // button answers.
@@ -29,7 +31,7 @@ class RecordingUserInterface : public UserInterface {
   std::vector<RecordedMessage> messages;
   std::vector<std::string> statuses;
   int events_pumped = 0;
-  bool confirm_answer = true;
+  Confirmation confirm_answer = Confirmation::kContinue;
   int confirm_calls = 0;
   std::string folder_answer;
   std::vector<std::string> progress_captions;
@@ -39,9 +41,15 @@ class RecordingUserInterface : public UserInterface {
   LogEchoTarget* log_echo = nullptr;
   std::vector<std::string> browse_prompts;
 
+  // Hooks: run at each event pump, before each message is answered, and
+  // inside the confirm window before confirm_answer is given.
+  std::function<void()> on_events;
+  std::function<void(const std::string&)> on_message;
+  std::function<void(Synchronizer&)> on_confirm;
+
   int MessageBox(const std::string& text, int style,
                  const std::string& caption) override;
-  void DoEvents() override { ++events_pumped; }
+  void DoEvents() override;
   void ShowStatus(const std::string& text) override {
     statuses.push_back(text);
   }
@@ -54,10 +62,7 @@ class RecordingUserInterface : public UserInterface {
     main_window_states.push_back(enable);
   }
   LogEchoTarget* LogEcho() override { return log_echo; }
-  bool ConfirmActions(Synchronizer&) override {
-    ++confirm_calls;
-    return confirm_answer;
-  }
+  Confirmation ConfirmActions(Synchronizer& set) override;
   // Answers with folder_answer and records the prompt.
   std::string BrowseForFolder(const std::string& prompt) override {
     browse_prompts.push_back(prompt);
@@ -66,6 +71,9 @@ class RecordingUserInterface : public UserInterface {
 
   // The texts of the messages shown so far.
   std::vector<std::string> Texts() const;
+
+ private:
+  ScopedUserInterface installed_;
 };
 
 }  // namespace pairwell

@@ -9,6 +9,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/types.h>
+#include <sys/vfs.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -304,6 +305,240 @@ TEST_F(CopyFileTest, SparseFileIsCopiedWithItsHolesReadAsZeros) {
   EXPECT_EQ(copied.substr(size - 4), "tail");
   EXPECT_EQ(copied[1 << 20], '\0');
   EXPECT_EQ(StateOf(dest).nanoseconds, 1);
+}
+
+// --- CopyFileReplacing with progress ----------------------------------------
+
+// Larger than two chunks of the biggest size a copy uses (8 MiB).
+constexpr std::int64_t kSeveralChunks = std::int64_t{20} << 20;
+constexpr std::int64_t kMaxChunkBytes = std::int64_t{8} << 20;
+
+// One call of a progress callback.
+struct ProgressCall {
+  std::int64_t done;
+  std::int64_t total;
+};
+
+// A file of the given size that is all hole but for a few marked bytes:
+// quick to make, and a truncated or shifted copy shows.
+void PutSparse(const std::string& path, std::int64_t size) {
+  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+  ASSERT_GE(fd, 0) << path;
+  ASSERT_EQ(ftruncate(fd, size), 0);
+  ASSERT_EQ(pwrite(fd, "head", 4, 0), 4);
+  ASSERT_EQ(pwrite(fd, "middle", 6, size / 2 + 1), 6);
+  ASSERT_EQ(pwrite(fd, "tail", 4, size - 4), 4);
+  close(fd);
+  const struct timespec times[2] = {{0, UTIME_OMIT}, {kNewTime, 3}};
+  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+}
+
+// Whether the two files hold the same bytes (read a block at a time: quicker
+// than Read for files of several chunks).
+bool SameBytes(const std::string& a, const std::string& b) {
+  std::ifstream in_a(a, std::ios::binary);
+  std::ifstream in_b(b, std::ios::binary);
+  std::vector<char> block_a(1 << 20);
+  std::vector<char> block_b(1 << 20);
+  while (in_a && in_b) {
+    in_a.read(block_a.data(), block_a.size());
+    in_b.read(block_b.data(), block_b.size());
+    if (in_a.gcount() != in_b.gcount() ||
+        !std::equal(block_a.begin(), block_a.begin() + in_a.gcount(),
+                    block_b.begin())) {
+      return false;
+    }
+  }
+  return in_a.eof() && in_b.eof();
+}
+
+// Checks that the calls report a copy of a file of size bytes chunk by
+// chunk: done rises by at most one chunk each time and ends at the size.
+void ExpectChunkedProgress(const std::vector<ProgressCall>& calls,
+                           std::int64_t size) {
+  ASSERT_GE(calls.size(), 3u) << "a copy of " << size << " bytes in chunks";
+  std::int64_t previous = 0;
+  for (const ProgressCall& call : calls) {
+    EXPECT_GT(call.done, previous);
+    EXPECT_LE(call.done - previous, kMaxChunkBytes);
+    EXPECT_EQ(call.total, size);
+    previous = call.done;
+  }
+  EXPECT_EQ(calls.back().done, size);
+}
+
+// A file on a tmpfs (/dev/shm), removed when the object goes. The kernel
+// does not copy between a tmpfs and another kind of file system, so a copy
+// from it goes through read and write.
+class TmpfsFile {
+ public:
+  TmpfsFile() {
+    std::string path = "/dev/shm/pairwell-copy-test-XXXXXX";
+    const int fd = mkstemp(&path[0]);
+    if (fd < 0) return;
+    close(fd);
+    path_ = path;
+  }
+  ~TmpfsFile() {
+    if (!path_.empty()) unlink(path_.c_str());
+  }
+  TmpfsFile(const TmpfsFile&) = delete;
+  TmpfsFile& operator=(const TmpfsFile&) = delete;
+
+  // "" when /dev/shm could not be used.
+  const std::string& path() const { return path_; }
+
+ private:
+  std::string path_;
+};
+
+TEST_F(CopyFileTest, ProgressRisesChunkByChunkToTheSourceSize) {
+  const std::string source = tmp_.Join("large.bin");
+  const std::string dest = tmp_.Join("copy.bin");
+  PutSparse(source, kSeveralChunks + 4321);
+  ASSERT_EQ(chmod(source.c_str(), 0640), 0);
+  std::vector<ProgressCall> calls;
+
+  ASSERT_EQ(CopyFileReplacing(source, dest,
+                              [&](std::int64_t done, std::int64_t total) {
+                                calls.push_back({done, total});
+                                return true;
+                              }),
+            0);
+
+  ExpectChunkedProgress(calls, kSeveralChunks + 4321);
+  EXPECT_TRUE(SameBytes(dest, source)) << "the copy's bytes differ";
+  EXPECT_EQ(StatOf(dest).st_mtim.tv_nsec, 3);
+  EXPECT_EQ(ModeOf(dest), 0640u);
+}
+
+TEST_F(CopyFileTest, CopyByReadAndWriteReportsProgressChunkByChunkToo) {
+  TmpfsFile source;
+  struct statfs shm_info = {};
+  struct statfs tmp_info = {};
+  if (source.path().empty() || statfs(source.path().c_str(), &shm_info) != 0 ||
+      statfs(tmp_.path().c_str(), &tmp_info) != 0 ||
+      shm_info.f_type == tmp_info.f_type) {
+    GTEST_SKIP() << "no tmpfs beside a different temporary folder";
+  }
+  PutSparse(source.path(), kSeveralChunks);
+  const std::string dest = tmp_.Join("copy.bin");
+  std::vector<ProgressCall> calls;
+
+  ASSERT_EQ(CopyFileReplacing(source.path(), dest,
+                              [&](std::int64_t done, std::int64_t total) {
+                                calls.push_back({done, total});
+                                return true;
+                              }),
+            0);
+
+  ExpectChunkedProgress(calls, kSeveralChunks);
+  EXPECT_TRUE(SameBytes(dest, source.path())) << "the copy's bytes differ";
+  EXPECT_EQ(StatOf(dest).st_mtim.tv_nsec, 3);
+}
+
+TEST_F(CopyFileTest, EmptyFileCopiesWithProgressGivenAndNoChunkReported) {
+  const std::string source = tmp_.Join("empty");
+  const std::string dest = tmp_.Join("dest");
+  Put(source, "", kNewTime, 11, 0600);
+  Put(dest, "not empty", kOldTime);
+  int calls = 0;
+
+  ASSERT_EQ(CopyFileReplacing(source, dest,
+                              [&](std::int64_t, std::int64_t) {
+                                ++calls;
+                                return true;
+                              }),
+            0);
+
+  EXPECT_EQ(StateOf(dest), StateOf(source));
+  EXPECT_EQ(calls, 0);
+  EXPECT_EQ(Entries(tmp_.path()), (std::vector<std::string>{"dest", "empty"}));
+}
+
+TEST_F(CopyFileTest, StopAfterTheFirstChunkKeepsTheOldDestinationAndNoTrace) {
+  const std::string source = tmp_.Join("large.bin");
+  const std::string dest = tmp_.Join("dest.bin");
+  PutSparse(source, kSeveralChunks);
+  Put(dest, "old destination", kOldTime, 123, 0604);
+  const FileState before = StateOf(dest);
+  std::vector<ProgressCall> calls;
+
+  const int result = CopyFileReplacing(
+      source, dest, [&](std::int64_t done, std::int64_t total) {
+        calls.push_back({done, total});
+        return false;
+      });
+
+  EXPECT_EQ(result, ECANCELED);
+  ASSERT_EQ(calls.size(), 1u) << "called again after it said stop";
+  EXPECT_LT(calls[0].done, kSeveralChunks);
+  EXPECT_EQ(StateOf(dest), before);
+  EXPECT_EQ(Entries(tmp_.path()),
+            (std::vector<std::string>{"dest.bin", "large.bin"}));
+}
+
+TEST_F(CopyFileTest, StopAfterTheFirstChunkLeavesAnAbsentDestinationAbsent) {
+  const std::string source = tmp_.Join("large.bin");
+  const std::string dest = tmp_.Join("dest.bin");
+  PutSparse(source, kSeveralChunks);
+  int calls = 0;
+
+  const int result =
+      CopyFileReplacing(source, dest, [&](std::int64_t, std::int64_t) {
+        ++calls;
+        return false;
+      });
+
+  EXPECT_EQ(result, ECANCELED);
+  EXPECT_EQ(calls, 1);
+  EXPECT_FALSE(Exists(dest));
+  EXPECT_TRUE(PartialFiles(tmp_.path()).empty());
+  EXPECT_EQ(Entries(tmp_.path()), std::vector<std::string>{"large.bin"});
+}
+
+TEST_F(CopyFileTest, StopLaterInTheCopyEndsItThereAndIsNotAskedAgain) {
+  const std::string source = tmp_.Join("large.bin");
+  const std::string dest = tmp_.Join("dest.bin");
+  PutSparse(source, kSeveralChunks);
+  Put(dest, "old destination", kOldTime, 5);
+  const FileState before = StateOf(dest);
+  std::vector<ProgressCall> calls;
+
+  const int result = CopyFileReplacing(
+      source, dest, [&](std::int64_t done, std::int64_t total) {
+        calls.push_back({done, total});
+        return calls.size() < 2;
+      });
+
+  EXPECT_EQ(result, ECANCELED);
+  ASSERT_EQ(calls.size(), 2u);
+  EXPECT_LT(calls[0].done, calls[1].done);
+  EXPECT_EQ(StateOf(dest), before);
+  EXPECT_TRUE(PartialFiles(tmp_.path()).empty());
+}
+
+TEST_F(CopyFileTest, StopAtTheLastChunkStillKeepsTheOldDestination) {
+  const std::string source = tmp_.Join("small.txt");
+  const std::string dest = tmp_.Join("dest.txt");
+  Put(source, "new bytes", kNewTime);
+  Put(dest, "old bytes", kOldTime, 8);
+  const FileState before = StateOf(dest);
+  std::vector<ProgressCall> calls;
+
+  const int result = CopyFileReplacing(
+      source, dest, [&](std::int64_t done, std::int64_t total) {
+        calls.push_back({done, total});
+        return false;
+      });
+
+  EXPECT_EQ(result, ECANCELED);
+  ASSERT_EQ(calls.size(), 1u);
+  EXPECT_EQ(calls[0].done, 9);
+  EXPECT_EQ(calls[0].total, 9);
+  EXPECT_EQ(StateOf(dest), before);
+  EXPECT_EQ(Entries(tmp_.path()),
+            (std::vector<std::string>{"dest.txt", "small.txt"}));
 }
 
 // --- ClearReadOnly ----------------------------------------------------------

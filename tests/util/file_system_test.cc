@@ -23,11 +23,9 @@ namespace {
 
 class FileSystemTest : public ::testing::Test {
  protected:
-  FileSystemTest() { FolderEntries().clear(); }
-
   // The rows ListFolder appended, sorted by name.
   std::vector<FolderEntry> Listed() const {
-    std::vector<FolderEntry> rows = FolderEntries();
+    std::vector<FolderEntry> rows = entries_;
     std::sort(rows.begin(), rows.end(),
               [](const FolderEntry& a, const FolderEntry& b) {
                 return a.name < b.name;
@@ -42,6 +40,7 @@ class FileSystemTest : public ::testing::Test {
 
   RecordingUserInterface ui_;
   TempDir dir_;
+  std::vector<FolderEntry> entries_;
 };
 
 TEST_F(FileSystemTest, FolderExistsOnlyForFolders) {
@@ -121,9 +120,9 @@ TEST_F(FileSystemTest, GetFileInfoFindsFoldersAsTheirDotEntryOnly) {
 }
 
 TEST_F(FileSystemTest, ListFolderOnMissingFolderAppendsNothing) {
-  FolderEntries().push_back(FolderEntry{});
-  EXPECT_EQ(ListFolder(dir_.Join("missing")), ENOENT);
-  EXPECT_EQ(FolderEntries().size(), 1u);
+  entries_.push_back(FolderEntry{});
+  EXPECT_EQ(ListFolder(dir_.Join("missing"), &entries_), ENOENT);
+  EXPECT_EQ(entries_.size(), 1u);
 }
 
 TEST_F(FileSystemTest, ListFolderAppendsEveryFileAndFolderWithItsModel) {
@@ -133,11 +132,11 @@ TEST_F(FileSystemTest, ListFolderAppendsEveryFileAndFolderWithItsModel) {
   ASSERT_EQ(chmod(dir_.Join("readonly.txt").c_str(), 0444), 0);
   ASSERT_TRUE(MakeDirectory(dir_.Join("sub")));
   SetModifyTime(dir_.Join("plain.txt"), 1700000000, 123000000);
-  FolderEntries().push_back(FolderEntry{"earlier", 0, 0, 0, 0});
+  entries_.push_back(FolderEntry{"earlier", 0, 0, 0, 0});
 
-  EXPECT_EQ(ListFolder(dir_.path()), 0);
-  ASSERT_EQ(FolderEntries().size(), 5u);
-  EXPECT_EQ(FolderEntries()[0].name, "earlier");  // appended after
+  EXPECT_EQ(ListFolder(dir_.path(), &entries_), 0);
+  ASSERT_EQ(entries_.size(), 5u);
+  EXPECT_EQ(entries_[0].name, "earlier");  // appended after
   const std::vector<FolderEntry> rows = Listed();
   EXPECT_EQ(rows[0].name, ".hidden");
   EXPECT_EQ(rows[0].attributes, kAttrHidden);
@@ -160,7 +159,7 @@ TEST_F(FileSystemTest, FileOver2GiBIsRecordedWithTheSizeCap) {
   ASSERT_EQ(truncate(path.c_str(), 3LL * 1024 * 1024 * 1024), 0);
   dir_.WriteFile("edge.bin", "");
   ASSERT_EQ(truncate(dir_.Join("edge.bin").c_str(), 0x7FFFFFFFLL), 0);
-  ASSERT_EQ(ListFolder(dir_.path()), 0);
+  ASSERT_EQ(ListFolder(dir_.path(), &entries_), 0);
   const std::vector<FolderEntry> rows = Listed();
   ASSERT_EQ(rows.size(), 2u);
   EXPECT_EQ(rows[0].size, 134217727);
@@ -175,9 +174,9 @@ TEST_F(FileSystemTest, LinksAndSpecialFilesAreLeftOutAndNamed) {
   ASSERT_EQ(symlink(dir_.path().c_str(), dir_.Join("dirlink").c_str()), 0);
   ASSERT_EQ(mkfifo(dir_.Join("pipe").c_str(), 0600), 0);
   std::vector<LeftOutEntry> left_out;
-  ASSERT_EQ(ListFolder(dir_.path(), &left_out), 0);
-  ASSERT_EQ(FolderEntries().size(), 1u);
-  EXPECT_EQ(FolderEntries()[0].name, "target.txt");
+  ASSERT_EQ(ListFolder(dir_.path(), &entries_, &left_out), 0);
+  ASSERT_EQ(entries_.size(), 1u);
+  EXPECT_EQ(entries_[0].name, "target.txt");
   std::sort(left_out.begin(), left_out.end(),
             [](const LeftOutEntry& a, const LeftOutEntry& b) {
               return a.path < b.path;
@@ -195,9 +194,9 @@ TEST_F(FileSystemTest, BackslashNamesAndUnfinishedCopiesAreLeftOut) {
   dir_.WriteFile(".pairwell-partial-Ab12Cd", "half");
   dir_.WriteFile("kept.txt", "k");
   std::vector<LeftOutEntry> left_out;
-  ASSERT_EQ(ListFolder(dir_.path(), &left_out), 0);
-  ASSERT_EQ(FolderEntries().size(), 1u);
-  EXPECT_EQ(FolderEntries()[0].name, "kept.txt");
+  ASSERT_EQ(ListFolder(dir_.path(), &entries_, &left_out), 0);
+  ASSERT_EQ(entries_.size(), 1u);
+  EXPECT_EQ(entries_[0].name, "kept.txt");
   std::sort(left_out.begin(), left_out.end(),
             [](const LeftOutEntry& a, const LeftOutEntry& b) {
               return a.path < b.path;
@@ -212,8 +211,8 @@ TEST_F(FileSystemTest, BackslashNamesAndUnfinishedCopiesAreLeftOut) {
 
 TEST_F(FileSystemTest, ListFolderOfAFileIsAnError) {
   dir_.WriteFile("file", "x");
-  EXPECT_EQ(ListFolder(dir_.Join("file")), ENOTDIR);
-  EXPECT_TRUE(FolderEntries().empty());
+  EXPECT_EQ(ListFolder(dir_.Join("file"), &entries_), ENOTDIR);
+  EXPECT_TRUE(entries_.empty());
 }
 
 TEST_F(FileSystemTest, UnreadableFolderIsAnErrorEvenForRoot) {
@@ -228,7 +227,7 @@ TEST_F(FileSystemTest, UnreadableFolderIsAnErrorEvenForRoot) {
     }
     EXPECT_NE(std::system(command.c_str()), 0);
   } else {
-    EXPECT_EQ(ListFolder(dir_.Join("closed")), EACCES);
+    EXPECT_EQ(ListFolder(dir_.Join("closed"), &entries_), EACCES);
   }
   chmod(dir_.Join("closed").c_str(), 0755);
 }
@@ -245,9 +244,9 @@ TEST_F(FileSystemTest, SetCreationTimeSetsTheModifyDate) {
   when.millisecond = 250;
   const double date = DateFromParts(when);
   EXPECT_TRUE(SetCreationTime(dir_.Join("f"), date, date));
-  ASSERT_EQ(ListFolder(dir_.path()), 0);
-  ASSERT_EQ(FolderEntries().size(), 1u);
-  EXPECT_NEAR(FolderEntries()[0].modify_date, date, 1e-9);
+  ASSERT_EQ(ListFolder(dir_.path(), &entries_), 0);
+  ASSERT_EQ(entries_.size(), 1u);
+  EXPECT_NEAR(entries_[0].modify_date, date, 1e-9);
   // Only a creation date: nothing POSIX can hold is set, so it is reported
   // as done when the file is there, read-only or not.
   ASSERT_EQ(chmod(dir_.Join("f").c_str(), 0444), 0);

@@ -1,4 +1,4 @@
-#include "config/sync_set_list.h"
+#include "engine/sync_set_list.h"
 
 #include <stdexcept>
 #include <string>

@@ -1,6 +1,6 @@
 // The program's sync sets, in the order shown and stored.
-#ifndef PAIRWELL_CONFIG_SYNC_SET_LIST_H_
-#define PAIRWELL_CONFIG_SYNC_SET_LIST_H_
+#ifndef PAIRWELL_ENGINE_SYNC_SET_LIST_H_
+#define PAIRWELL_ENGINE_SYNC_SET_LIST_H_
 
 #include <memory>
 #include <vector>
@@ -35,4 +35,4 @@ class SyncSetList {
 
 }  // namespace pairwell
 
-#endif  // PAIRWELL_CONFIG_SYNC_SET_LIST_H_
+#endif  // PAIRWELL_ENGINE_SYNC_SET_LIST_H_

@@ -1,6 +1,9 @@
-#include "engine/sync_driver.h"
+#include "app/sync_driver.h"
 
-#include "config/module.h"
+#include <algorithm>
+
+#include "app/front_end.h"
+#include "app/program.h"
 #include "engine/action_texts.h"
 #include "engine/log_file.h"
 #include "engine/run_state.h"
@@ -14,13 +17,13 @@ namespace pairwell {
 
 namespace {
 
-void PrepareLog(Synchronizer& set) {
+void PrepareLog(Synchronizer& set, FrontEnd& ui) {
   LogFile& log = set.TheLog();
   ClearLogIfOld(set);
   log.CloseLog();
   // Without UseLogFile the log has no file and only echoes.
   log.SetPath(set.UseLogFile ? Trim(set.LogFileName) : std::string());
-  log.EchoTextBox = UI().LogEcho();
+  log.EchoTextBox = ui.LogEcho();
   log.OpenLog();
 }
 
@@ -49,27 +52,66 @@ void AdvanceLastSyncDate(Synchronizer& set) {
                       " files are not in every source folder yet.");
 }
 
-// Scan, warnings and confirmation, then the actions; true when the set
-// completed.
-bool RunOneSet(Synchronizer& set, RunState& state) {
-  if (!set.BuildActionList()) return false;
+// A stop request cancels; an abort answer to an error aborts.
+SetOutcome StoppedOutcome(const Synchronizer& set) {
+  return set.Aborted() ? SetOutcome::kAborted : SetOutcome::kCancelled;
+}
+
+// Scan, warnings and confirmation, then the actions.
+SetOutcome RunOneSet(Synchronizer& set, RunState& state, FrontEnd& ui) {
+  if (!set.BuildActionList()) {
+    return set.StopFlag ? StoppedOutcome(set) : SetOutcome::kFailed;
+  }
   if (set.FutureDateCount > 0 && MsgBox(FutureDateQuestion(set, Now()),
                                         kMbYesNo | kMbQuestion) != kIdYes) {
-    return false;
+    return SetOutcome::kCancelled;
   }
   if (state.interactive || AnyNeedsConfirmation(set)) {
-    if (!UI().ConfirmActions(set)) set.StopFlag = true;
-    if (set.StopFlag) return false;
+    const Confirmation answer = ui.ConfirmActions(set);
+    if (answer != Confirmation::kContinue) set.StopFlag = true;
+    if (answer == Confirmation::kRefused) {
+      return SetOutcome::kConfirmationRefused;
+    }
+    if (set.StopFlag) return SetOutcome::kCancelled;
   }
   state.first_phase = false;
   state.busy = true;
   set.PerformActions();
-  if (set.StopFlag) return false;
+  if (set.StopFlag) return StoppedOutcome(set);
   if (!state.simulation_mode) AdvanceLastSyncDate(set);
-  return true;
+  return SetOutcome::kCompleted;
 }
 
 }  // namespace
+
+const char* SetOutcomeName(SetOutcome outcome) {
+  switch (outcome) {
+    case SetOutcome::kCompleted:
+      return "completed";
+    case SetOutcome::kFailed:
+      return "failed";
+    case SetOutcome::kAborted:
+      return "aborted";
+    case SetOutcome::kCancelled:
+      return "cancelled";
+    case SetOutcome::kConfirmationRefused:
+      return "confirmation refused";
+    case SetOutcome::kNotRun:
+      break;
+  }
+  return "not run";
+}
+
+bool RunResult::AllCompleted() const {
+  return std::all_of(outcomes.begin(), outcomes.end(), [](SetOutcome o) {
+    return o == SetOutcome::kCompleted;
+  });
+}
+
+bool RunResult::Any(SetOutcome outcome) const {
+  return std::find(outcomes.begin(), outcomes.end(), outcome) !=
+         outcomes.end();
+}
 
 std::string FutureDateQuestion(const Synchronizer& set, double now) {
   std::string text = std::to_string(set.FutureDateCount) +
@@ -92,16 +134,20 @@ std::string FutureDateQuestion(const Synchronizer& set, double now) {
   return text + "\nContinue anyway?";
 }
 
-bool RunSyncSets(const std::vector<Synchronizer*>& sets, bool interactive) {
-  RunState& state = TheRunState();
+RunResult RunSyncSets(Program& program, const std::vector<Synchronizer*>& sets,
+                      const RunOptions& options) {
+  RunState& state = program.Run();
+  FrontEnd& ui = program.UI();
   state.first_phase = true;
-  state.interactive = interactive;
+  state.interactive = options.interactive;
   state.busy = false;
-  state.error_handling = TheINIFile().Section("ErrorHandling");
-  UI().EnableMainWindow(false);
-  bool ok = true;
+  state.error_handling = program.TheINIFile().Section("ErrorHandling");
+  ui.EnableMainWindow(false);
+  RunResult result;
+  result.outcomes.assign(sets.size(), SetOutcome::kNotRun);
+  std::vector<const Synchronizer*> dated;
   const std::size_t n = sets.size();
-  for (std::size_t k = 1; k <= n && ok; ++k) {
+  for (std::size_t k = 1; k <= n; ++k) {
     Synchronizer& set = *sets[k - 1];
     state.current_set = &set;
     state.busy = false;
@@ -109,19 +155,26 @@ bool RunSyncSets(const std::vector<Synchronizer*>& sets, bool interactive) {
     if (n > 1) {
       caption += " (" + std::to_string(k) + " of " + std::to_string(n) + ")";
     }
-    UI().ShowProgress(caption);
-    PrepareLog(set);
-    ok = RunOneSet(set, state);
+    ui.ShowProgress(caption);
+    PrepareLog(set, ui);
+    const double date_before = set.LastSyncDate;
+    const SetOutcome outcome = RunOneSet(set, state, ui);
+    result.outcomes[k - 1] = outcome;
+    if (set.LastSyncDate != date_before) dated.push_back(&set);
     set.FreeSyncData();
     set.TheLog().CloseLog();
+    if (outcome != SetOutcome::kCompleted) break;
   }
   state.busy = false;
   state.current_set = nullptr;
   // Nothing was changed: the progress window has nothing to show.
-  if (state.first_phase) UI().HideProgress();
+  if (state.first_phase) ui.HideProgress();
   state.first_phase = true;
-  UI().EnableMainWindow(true);
-  return ok;
+  ui.EnableMainWindow(true);
+  if (options.save_last_sync_dates && !dated.empty()) {
+    result.dates_saved = program.SaveLastSyncDates(dated);
+  }
+  return result;
 }
 
 }  // namespace pairwell

@@ -1,11 +1,10 @@
-#include "config/module.h"
+#include "app/program.h"
 
 #include <cmath>
 #include <memory>
 #include <system_error>
 #include <vector>
 
-#include "engine/run_state.h"
 #include "util/command_line.h"
 #include "util/date_time.h"
 #include "util/file_system.h"
@@ -20,17 +19,6 @@ namespace {
 
 constexpr char kConflictTypesSection[] = "Conflict Types";
 constexpr char kSetSectionPrefix[] = "Sec: ";
-
-struct ProgramState {
-  std::unique_ptr<INIFile> ini_file = std::make_unique<INIFile>();
-  std::unique_ptr<SyncSetList> sync_sets = std::make_unique<SyncSetList>();
-  std::unique_ptr<LogFile> log_file = std::make_unique<LogFile>();
-};
-
-ProgramState& State() {
-  static ProgramState state;
-  return state;
-}
 
 bool IsSetSection(const std::string& section_name) {
   return UpperCase(section_name.substr(0, 4)) == "SEC:";
@@ -49,26 +37,7 @@ std::shared_ptr<INIFileSection> FindSetSection(const INIFile& ini,
   return nullptr;
 }
 
-void ApplySwitch(const std::string& arg) {
-  const std::string name = UpperCase(arg.substr(1));
-  if (name == "Q") {
-    for (int i = 1; i <= SyncSets().Count(); ++i) {
-      SyncSets().Item(i).QuietMode = true;
-    }
-  } else if (name == "?") {
-    MsgBox("COMMAND LINE SUPPORT NOT IMPLEMENTED", kMbOkOnly, "Pairwell");
-  } else {
-    MsgBox("Unknown command-line switch ignored: " + arg, kMbInformation);
-  }
-}
-
 }  // namespace
-
-INIFile& TheINIFile() { return *State().ini_file; }
-SyncSetList& SyncSets() { return *State().sync_sets; }
-LogFile& TheLogFile() { return *State().log_file; }
-bool SimulationMode() { return TheRunState().simulation_mode; }
-void SetSimulationMode(bool on) { TheRunState().simulation_mode = on; }
 
 std::string GetINIPath() {
   const std::string from_environment = EnvironmentValue(kIniPathVariable);
@@ -76,7 +45,28 @@ std::string GetINIPath() {
   return CombinePath(ExecutableFolder(), std::string(kAppTitle) + ".ini");
 }
 
-bool SaveLastSyncDates(const std::vector<const Synchronizer*>& sets) {
+std::string ConfigFolder() {
+  const std::string path = GetINIPath();
+  const std::string::size_type slash = path.find_last_of("/\\");
+  if (slash == std::string::npos) return std::string();
+  return slash == 0 ? path.substr(0, 1) : path.substr(0, slash);
+}
+
+void ClearLogIfOld(const Synchronizer& set) {
+  if (!set.ClearLogDaily) return;
+  const std::string path = CombinePath(ConfigFolder(), Trim(set.LogFileName));
+  FolderEntry entry;
+  if (GetFileInfo(path, &entry) && entry.modify_date < std::floor(Now())) {
+    DeleteFile(path);  // a log that cannot be deleted is simply kept
+  }
+}
+
+Program::Program(FrontEnd& front_end)
+    : front_end_(front_end), installed_ui_(&front_end) {}
+
+Program::~Program() = default;
+
+bool Program::SaveLastSyncDates(const std::vector<const Synchronizer*>& sets) {
   INIFile on_disk;
   const std::string path = GetINIPath();
   if (!on_disk.LoadFile(path)) return false;
@@ -107,23 +97,7 @@ bool SaveLastSyncDates(const std::vector<const Synchronizer*>& sets) {
   return ok;
 }
 
-std::string ConfigFolder() {
-  const std::string path = GetINIPath();
-  const std::string::size_type slash = path.find_last_of("/\\");
-  if (slash == std::string::npos) return std::string();
-  return slash == 0 ? path.substr(0, 1) : path.substr(0, slash);
-}
-
-void ClearLogIfOld(const Synchronizer& set) {
-  if (!set.ClearLogDaily) return;
-  const std::string path = CombinePath(ConfigFolder(), Trim(set.LogFileName));
-  FolderEntry entry;
-  if (GetFileInfo(path, &entry) && entry.modify_date < std::floor(Now())) {
-    DeleteFile(path);  // a log that cannot be deleted is simply kept
-  }
-}
-
-bool LoadSettings() {
+bool Program::LoadSettings() {
   INIFile& ini = TheINIFile();
   const bool loaded = ini.LoadFile(GetINIPath());
   const bool has_catalogue = ini.IndexOfSection(kConflictTypesSection) >= 0;
@@ -148,15 +122,16 @@ bool LoadSettings() {
   return loaded && has_catalogue;
 }
 
-Synchronizer& NewSyncSet(const std::string& name) {
+Synchronizer& Program::NewSyncSet(const std::string& name) {
   Synchronizer& set = SyncSets().Add(std::make_unique<Synchronizer>());
   set.Name = name;
   set.SetLog(&TheLogFile());
+  set.SetRunState(&run_state_);
   set.ReadConflictInfo(*TheINIFile().AddSection(kConflictTypesSection));
   return set;
 }
 
-void SaveSettings() {
+void Program::SaveSettings() {
   INIFile& ini = TheINIFile();
   // Set sections left by an earlier save in this session are rebuilt, so a
   // removed folder or set leaves nothing behind.
@@ -175,12 +150,38 @@ void SaveSettings() {
   ini.SaveFile(GetINIPath());
 }
 
-bool Main(const std::string& command_line) {
-  ProgramState& state = State();
-  state.sync_sets = std::make_unique<SyncSetList>();
-  state.ini_file = std::make_unique<INIFile>();
-  state.log_file = std::make_unique<LogFile>();
-  SetSimulationMode(false);
+Synchronizer* Program::FindSyncSet(const std::string& which) {
+  SyncSetList& sets = SyncSets();
+  for (int i = 1; i <= sets.Count(); ++i) {
+    if (EqualsNoCase(sets.Item(i).Name, which)) return &sets.Item(i);
+  }
+  double number = 0;
+  if (ParseNumber(which, &number) && number >= 1 && number <= sets.Count() &&
+      number == static_cast<int>(number)) {
+    return &sets.Item(static_cast<int>(number));
+  }
+  return nullptr;
+}
+
+void Program::ApplySwitch(const std::string& arg) {
+  const std::string name = UpperCase(arg.substr(1));
+  if (name == "Q") {
+    for (int i = 1; i <= SyncSets().Count(); ++i) {
+      SyncSets().Item(i).QuietMode = true;
+    }
+  } else if (name == "?") {
+    MsgBox("COMMAND LINE SUPPORT NOT IMPLEMENTED", kMbOkOnly, "Pairwell");
+  } else {
+    MsgBox("Unknown command-line switch ignored: " + arg, kMbInformation);
+  }
+}
+
+bool Program::Main(const std::string& command_line) {
+  // The sets go first: they refer to the log.
+  sync_sets_ = std::make_unique<SyncSetList>();
+  ini_file_ = std::make_unique<INIFile>();
+  log_file_ = std::make_unique<LogFile>();
+  run_state_ = RunState();
   TheLogFile().SetBaseFolder(ConfigFolder());
 
   const std::vector<std::string> args = SplitCommandLine(command_line);

@@ -2,7 +2,7 @@
 // and the main window, the confirm window, the question about files dated in
 // the future, the log of each set, the run flags and the last-sync date a
 // completed set keeps.
-#include "engine/sync_driver.h"
+#include "app/sync_driver.h"
 
 #include <errno.h>
 #include <fcntl.h>
@@ -24,7 +24,7 @@
 
 #include "config/ini_file.h"
 #include "config/ini_file_section.h"
-#include "config/module.h"
+#include "app/program.h"
 #include "engine/log_file.h"
 #include "engine/run_state.h"
 #include "engine/sync_file.h"
@@ -32,7 +32,9 @@
 #include "support/disk_files.h"
 #include "support/immutable_guard.h"
 #include "support/recording_user_interface.h"
+#include "support/run_files.h"
 #include "support/temp_dir.h"
+#include "support/text_echo.h"
 #include "util/date_time.h"
 #include "util/user_interface.h"
 
@@ -47,37 +49,6 @@ std::int64_t FutureTime() {
   return static_cast<std::int64_t>(std::time(nullptr)) + 30 * 86400;
 }
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
-// The progress window's log box.
-class TextEcho : public LogEchoTarget {
- public:
-  std::size_t TextLength() const override { return text.size(); }
-  void AppendText(const std::string& more) override { text += more; }
-  void ClearText() override { text.clear(); }
-
-  std::string text;
-};
-
-// A recorder with hooks into the event pump and the confirm window.
-class HookedUserInterface : public RecordingUserInterface {
- public:
-  std::function<void()> on_events;
-  // Runs inside the confirm window, before confirm_answer is given.
-  std::function<void(Synchronizer&)> on_confirm;
-
-  void DoEvents() override {
-    RecordingUserInterface::DoEvents();
-    if (on_events) on_events();
-  }
-  bool ConfirmActions(Synchronizer& set) override {
-    if (on_confirm) on_confirm(set);
-    return RecordingUserInterface::ConfirmActions(set);
-  }
-};
-
 // The run flags as one moment saw them.
 struct FlagsSeen {
   bool seen = false;
@@ -87,8 +58,7 @@ struct FlagsSeen {
   Synchronizer* current_set = nullptr;
 };
 
-FlagsSeen SeeFlags() {
-  const RunState& state = TheRunState();
+FlagsSeen SeeFlags(const RunState& state) {
   return FlagsSeen{true, state.first_phase, state.busy, state.interactive,
                    state.current_set};
 }
@@ -100,27 +70,7 @@ class SyncDriverTest : public ::testing::Test {
                                          "/data/Pairwell.ini"));
     catalogue_ = catalogue_file_.Section("Conflict Types");
     EXPECT_TRUE(catalogue_);
-    ResetProgramState();
-    TheLogFile().SetBaseFolder(tmp_.path());
-  }
-
-  ~SyncDriverTest() override { ResetProgramState(); }
-
-  static void ResetProgramState() {
-    RunState& state = TheRunState();
-    state.simulation_mode = false;
-    state.error_handling = nullptr;
-    state.first_phase = true;
-    state.busy = false;
-    state.interactive = false;
-    state.current_set = nullptr;
-    LogFile& log = TheLogFile();
-    log.CloseLog();
-    log.SetPath("");
-    log.SetBaseFolder("");
-    log.LogFlags = 0;
-    log.EchoTextBox = nullptr;
-    TheINIFile().RemoveSection("ErrorHandling");
+    program_.TheLogFile().SetBaseFolder(tmp_.path());
   }
 
   // A set of that name over two source folders <name>/a and <name>/b, with
@@ -135,7 +85,8 @@ class SyncDriverTest : public ::testing::Test {
     set.PathAdd(A(set));
     set.PathAdd(B(set));
     if (catalogue_) set.ReadConflictInfo(*catalogue_);
-    set.SetLog(&TheLogFile());
+    set.SetLog(&program_.TheLogFile());
+    set.SetRunState(&program_.Run());
     return set;
   }
 
@@ -160,10 +111,11 @@ class SyncDriverTest : public ::testing::Test {
   }
 
   void AddErrorHandling(const std::string& key, const std::string& value) {
-    TheINIFile().AddSection("ErrorHandling")->AddVar(key, value);
+    program_.TheINIFile().AddSection("ErrorHandling")->AddVar(key, value);
   }
 
-  HookedUserInterface ui_;
+  RecordingUserInterface ui_;
+  Program program_{ui_};
   TempDir tmp_;
   INIFile catalogue_file_;
   std::shared_ptr<INIFileSection> catalogue_;
@@ -176,7 +128,7 @@ TEST_F(SyncDriverTest, OneSetCaptionHasNoCounter) {
   Synchronizer& set = NewSet("Docs");
   AddNewFile(set);
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_EQ(ui_.progress_captions,
             std::vector<std::string>{"Sync Status - Docs"});
@@ -190,7 +142,7 @@ TEST_F(SyncDriverTest, SeveralSetsRunInOrderWithCountedCaptions) {
   AddNewFile(second);
   AddNewFile(third);
 
-  EXPECT_TRUE(RunSyncSets({&first, &second, &third}, false));
+  EXPECT_TRUE(RunSets(program_, {&first, &second, &third}, false));
 
   EXPECT_EQ(ui_.progress_captions,
             (std::vector<std::string>{"Sync Status - One (1 of 3)",
@@ -214,7 +166,7 @@ TEST_F(SyncDriverTest, CompletedSetTakesTheMomentItsScanBeganAsLastSyncDate) {
     before_actions = Now();
   };
 
-  EXPECT_TRUE(RunSyncSets({&set}, true));
+  EXPECT_TRUE(RunSets(program_, {&set}, true));
 
   EXPECT_EQ(set.LastSyncDate, set.ScanStarted());
   EXPECT_GE(set.ScanStarted(), before);
@@ -226,7 +178,7 @@ TEST_F(SyncDriverTest, CompletedRunKeepsTheProgressShownAndFreesTheData) {
   Synchronizer& set = NewSet("Docs");
   AddNewFile(set);
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_TRUE(ui_.progress_shown);
   EXPECT_EQ(ui_.main_window_states, (std::vector<bool>{false, true}));
@@ -243,7 +195,7 @@ TEST_F(SyncDriverTest, MainWindowIsDisabledWhileTheRunGoesOn) {
     states_in_confirm = ui_.main_window_states;
   };
 
-  RunSyncSets({&set}, true);
+  RunSets(program_, {&set}, true);
 
   EXPECT_EQ(states_in_confirm, std::vector<bool>{false});
   EXPECT_EQ(ui_.main_window_states, (std::vector<bool>{false, true}));
@@ -255,7 +207,7 @@ TEST_F(SyncDriverTest, NonInteractiveRunWithoutConfirmableConflictAsksNothing) {
   Synchronizer& set = NewSet("Docs");
   AddNewFile(set);
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_EQ(ui_.confirm_calls, 0);
   EXPECT_TRUE(ui_.messages.empty());
@@ -266,7 +218,7 @@ TEST_F(SyncDriverTest, NonInteractiveRunAsksWhereAConflictNeedsConfirmation) {
   Synchronizer& set = NewSet("Docs");
   AddConflict(set);
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_EQ(ui_.confirm_calls, 1);
   EXPECT_EQ(Read(B(set) + "/both.txt"), "newer");
@@ -284,7 +236,7 @@ TEST_F(SyncDriverTest, InteractiveRunAsksForEverySet) {
     EXPECT_EQ(set.WFileCount(), 1);
   };
 
-  EXPECT_TRUE(RunSyncSets({&first, &second}, true));
+  EXPECT_TRUE(RunSets(program_, {&first, &second}, true));
 
   EXPECT_EQ(ui_.confirm_calls, 2);
   EXPECT_EQ(confirmed, (std::vector<std::string>{"One", "Two"}));
@@ -296,9 +248,9 @@ TEST_F(SyncDriverTest, CancelInTheConfirmWindowPerformsNothingAndEndsTheRun) {
   AddConflict(first);
   AddNewFile(first);
   AddNewFile(second);
-  ui_.confirm_answer = false;
+  ui_.confirm_answer = Confirmation::kCancel;
 
-  EXPECT_FALSE(RunSyncSets({&first, &second}, false));
+  EXPECT_FALSE(RunSets(program_, {&first, &second}, false));
 
   EXPECT_EQ(ui_.confirm_calls, 1);
   EXPECT_EQ(Read(B(first) + "/both.txt"), "older");
@@ -318,7 +270,7 @@ TEST_F(SyncDriverTest, StopFlagSetInTheConfirmWindowCancelsTheRun) {
   AddNewFile(set);
   ui_.on_confirm = [](Synchronizer& s) { s.StopFlag = true; };
 
-  EXPECT_FALSE(RunSyncSets({&set}, true));
+  EXPECT_FALSE(RunSets(program_, {&set}, true));
 
   EXPECT_FALSE(Exists(B(set) + "/new.txt"));
   EXPECT_EQ(set.LastSyncDate, 0);
@@ -331,10 +283,11 @@ TEST_F(SyncDriverTest, CancelInALaterSetKeepsEarlierSetsDone) {
   AddNewFile(first);
   AddNewFile(second);
   ui_.on_confirm = [&](Synchronizer& set) {
-    ui_.confirm_answer = &set == &first;
+    ui_.confirm_answer =
+        &set == &first ? Confirmation::kContinue : Confirmation::kCancel;
   };
 
-  EXPECT_FALSE(RunSyncSets({&first, &second}, true));
+  EXPECT_FALSE(RunSets(program_, {&first, &second}, true));
 
   EXPECT_EQ(Read(B(first) + "/new.txt"), "content of new.txt");
   EXPECT_EQ(first.LastSyncDate, first.ScanStarted());
@@ -352,7 +305,7 @@ TEST_F(SyncDriverTest, RefusedSetEndsTheRunAndHidesTheProgress) {
   first.PathRemove(2);
   AddNewFile(second);
 
-  EXPECT_FALSE(RunSyncSets({&first, &second}, false));
+  EXPECT_FALSE(RunSets(program_, {&first, &second}, false));
 
   ASSERT_EQ(ui_.messages.size(), 1u);
   EXPECT_EQ(ui_.messages[0].text,
@@ -376,7 +329,7 @@ TEST_F(SyncDriverTest, AbortedSetKeepsItsLastSyncDateAndEndsTheRun) {
   ImmutableGuard guard(B(first));
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
 
-  EXPECT_FALSE(RunSyncSets({&first, &second}, false));
+  EXPECT_FALSE(RunSets(program_, {&first, &second}, false));
 
   EXPECT_TRUE(ui_.messages.empty());
   EXPECT_EQ(first.LastSyncDate, 44000);
@@ -391,9 +344,9 @@ TEST_F(SyncDriverTest, SimulatedRunChangesNeitherFilesNorLastSyncDate) {
   Synchronizer& set = NewSet("Docs");
   AddNewFile(set);
   AddConflict(set);
-  TheRunState().simulation_mode = true;
+  program_.Run().simulation_mode = true;
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_FALSE(Exists(B(set) + "/new.txt"));
   EXPECT_EQ(Read(B(set) + "/both.txt"), "older");
@@ -410,13 +363,13 @@ TEST_F(SyncDriverTest, ErrorHandlingTableComesFromTheConfiguration) {
   // Whatever an earlier run left is replaced.
   auto stale = std::make_shared<INIFileSection>("ErrorHandling");
   stale->AddVar("Code1", "A");
-  TheRunState().error_handling = stale;
+  program_.Run().error_handling = stale;
   set.UseLogFile = true;
   set.LogFileName = "sync.log";
   ImmutableGuard guard(B(set));
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_TRUE(ui_.messages.empty());
   EXPECT_TRUE(Contains(Read(tmp_.Join("sync.log")),
@@ -430,12 +383,12 @@ TEST_F(SyncDriverTest, WithoutErrorHandlingSectionTheErrorIsAsked) {
   AddNewFile(set);
   auto stale = std::make_shared<INIFileSection>("ErrorHandling");
   stale->AddVar("Code1", "I");
-  TheRunState().error_handling = stale;
+  program_.Run().error_handling = stale;
   ImmutableGuard guard(B(set));
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
   ui_.answers = {kIdIgnore};
 
-  RunSyncSets({&set}, false);
+  RunSets(program_, {&set}, false);
 
   ASSERT_EQ(ui_.messages.size(), 1u);
   EXPECT_TRUE(Contains(ui_.messages[0].text,
@@ -451,14 +404,14 @@ TEST_F(SyncDriverTest, RunFlagsFollowThePhasesOfASet) {
   AddNewFile(set);
   FlagsSeen in_confirm;
   FlagsSeen in_actions;
-  ui_.on_confirm = [&in_confirm](Synchronizer&) { in_confirm = SeeFlags(); };
+  ui_.on_confirm = [&in_confirm, this](Synchronizer&) { in_confirm = SeeFlags(program_.Run()); };
   ui_.on_events = [&] {
     if (!in_actions.seen && set.SyncMsg.rfind("Performing actions", 0) == 0) {
-      in_actions = SeeFlags();
+      in_actions = SeeFlags(program_.Run());
     }
   };
 
-  RunSyncSets({&set}, true);
+  RunSets(program_, {&set}, true);
 
   ASSERT_TRUE(in_confirm.seen);
   EXPECT_TRUE(in_confirm.first_phase);
@@ -469,7 +422,7 @@ TEST_F(SyncDriverTest, RunFlagsFollowThePhasesOfASet) {
   EXPECT_FALSE(in_actions.first_phase);
   EXPECT_TRUE(in_actions.busy);
   EXPECT_EQ(in_actions.current_set, &set);
-  const FlagsSeen after = SeeFlags();
+  const FlagsSeen after = SeeFlags(program_.Run());
   EXPECT_TRUE(after.first_phase);
   EXPECT_FALSE(after.busy);
   EXPECT_EQ(after.current_set, nullptr);
@@ -481,11 +434,11 @@ TEST_F(SyncDriverTest, LaterSetsRunWithTheFirstPhaseFlagClear) {
   AddNewFile(first);
   AddNewFile(second);
   std::vector<FlagsSeen> in_confirm;
-  ui_.on_confirm = [&in_confirm](Synchronizer&) {
-    in_confirm.push_back(SeeFlags());
+  ui_.on_confirm = [&in_confirm, this](Synchronizer&) {
+    in_confirm.push_back(SeeFlags(program_.Run()));
   };
 
-  RunSyncSets({&first, &second}, true);
+  RunSets(program_, {&first, &second}, true);
 
   ASSERT_EQ(in_confirm.size(), 2u);
   EXPECT_TRUE(in_confirm[0].first_phase);
@@ -499,10 +452,10 @@ TEST_F(SyncDriverTest, InteractiveFlagIsStoredForTheConfirmWindow) {
   Synchronizer& set = NewSet("Docs");
   AddConflict(set);
   FlagsSeen in_confirm;
-  ui_.on_confirm = [&in_confirm](Synchronizer&) { in_confirm = SeeFlags(); };
-  TheRunState().interactive = true;
+  ui_.on_confirm = [&in_confirm, this](Synchronizer&) { in_confirm = SeeFlags(program_.Run()); };
+  program_.Run().interactive = true;
 
-  RunSyncSets({&set}, false);
+  RunSets(program_, {&set}, false);
 
   ASSERT_TRUE(in_confirm.seen);
   EXPECT_FALSE(in_confirm.interactive);
@@ -516,7 +469,7 @@ TEST_F(SyncDriverTest, LogFileIsWrittenUnderTheTrimmedNameWhenAsked) {
   set.UseLogFile = true;
   set.LogFileName = "  sync.log  ";
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   const std::string log = Read(tmp_.Join("sync.log"));
   EXPECT_TRUE(Contains(log, "Pairwell Log Opened: ")) << log;
@@ -525,7 +478,7 @@ TEST_F(SyncDriverTest, LogFileIsWrittenUnderTheTrimmedNameWhenAsked) {
       log, "Copy " + B(set) + "/new.txt from " + A(set) + "/new.txt\n"))
       << log;
   EXPECT_TRUE(Contains(log, "Sync actions completed - ")) << log;
-  EXPECT_FALSE(TheLogFile().IsOpen());
+  EXPECT_FALSE(program_.TheLogFile().IsOpen());
 }
 
 TEST_F(SyncDriverTest, WithoutUseLogFileTheLogOnlyEchoes) {
@@ -536,12 +489,12 @@ TEST_F(SyncDriverTest, WithoutUseLogFileTheLogOnlyEchoes) {
   TextEcho echo;
   ui_.log_echo = &echo;
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_FALSE(Exists(tmp_.Join("sync.log")));
   EXPECT_TRUE(Contains(echo.text, "Synchronize started: Docs - ")) << echo.text;
   EXPECT_TRUE(Contains(echo.text, "Sync actions completed - ")) << echo.text;
-  EXPECT_FALSE(TheLogFile().IsOpen());
+  EXPECT_FALSE(program_.TheLogFile().IsOpen());
 }
 
 TEST_F(SyncDriverTest, EachSetWritesToItsOwnLogFile) {
@@ -553,7 +506,7 @@ TEST_F(SyncDriverTest, EachSetWritesToItsOwnLogFile) {
   first.LogFileName = "one.log";
   second.LogFileName = "two.log";
 
-  EXPECT_TRUE(RunSyncSets({&first, &second}, false));
+  EXPECT_TRUE(RunSets(program_, {&first, &second}, false));
 
   const std::string one = Read(tmp_.Join("one.log"));
   const std::string two = Read(tmp_.Join("two.log"));
@@ -566,17 +519,17 @@ TEST_F(SyncDriverTest, EachSetWritesToItsOwnLogFile) {
 TEST_F(SyncDriverTest, AnOpenLogIsClosedBeforeTheSetsLogIsOpened) {
   Synchronizer& set = NewSet("Docs");
   AddNewFile(set);
-  TheLogFile().SetPath("earlier.log");
-  TheLogFile().OpenLog();
-  ASSERT_TRUE(TheLogFile().IsOpen());
+  program_.TheLogFile().SetPath("earlier.log");
+  program_.TheLogFile().OpenLog();
+  ASSERT_TRUE(program_.TheLogFile().IsOpen());
   set.UseLogFile = true;
   set.LogFileName = "sync.log";
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_TRUE(Contains(Read(tmp_.Join("sync.log")), "Synchronize started"));
   EXPECT_FALSE(Contains(Read(tmp_.Join("earlier.log")), "Synchronize started"));
-  EXPECT_FALSE(TheLogFile().IsOpen());
+  EXPECT_FALSE(program_.TheLogFile().IsOpen());
 }
 
 // --- Files dated in the future ----------------------------------------------
@@ -663,7 +616,7 @@ TEST_F(FutureDateTest, AnswerNoEndsTheRunWithNoChange) {
   AddNewFile(later);
   ui_.answers = {kIdNo};
 
-  EXPECT_FALSE(RunSyncSets({&set, &later}, true));
+  EXPECT_FALSE(RunSets(program_, {&set, &later}, true));
 
   ASSERT_EQ(ui_.messages.size(), 1u);
   EXPECT_EQ(
@@ -685,7 +638,7 @@ TEST_F(FutureDateTest, AnswerYesGoesOn) {
   Synchronizer& set = SetWithFutureFiles(2);
   ui_.answers = {kIdYes};
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_EQ(ui_.messages.size(), 1u);
   EXPECT_EQ(Read(B(set) + "/f01.txt"), "f01");
@@ -697,7 +650,7 @@ TEST_F(FutureDateTest, NoQuestionWhenTheSetDoesNotWarn) {
   Synchronizer& set = SetWithFutureFiles(3);
   set.WarnFutureDate = false;
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_TRUE(ui_.messages.empty());
   EXPECT_EQ(Read(B(set) + "/f03.txt"), "f03");
@@ -706,7 +659,7 @@ TEST_F(FutureDateTest, NoQuestionWhenTheSetDoesNotWarn) {
 TEST_F(FutureDateTest, NoQuestionWithoutFutureFiles) {
   Synchronizer& set = SetWithFutureFiles(0);
 
-  EXPECT_TRUE(RunSyncSets({&set}, false));
+  EXPECT_TRUE(RunSets(program_, {&set}, false));
 
   EXPECT_TRUE(ui_.messages.empty());
   EXPECT_EQ(Read(B(set) + "/past.txt"), "past");

@@ -1,4 +1,4 @@
-#include "config/module.h"
+#include "app/program.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -24,32 +24,33 @@ constexpr char kMissingCatalogue[] =
     "it, the program will not be able to synchronize properly.";
 
 // Start-up against a configuration file in a temporary folder.
-class ModuleTest : public ::testing::Test {
+class ProgramTest : public ::testing::Test {
  protected:
-  ModuleTest() { setenv(kIniPathVariable, ini_path().c_str(), 1); }
-  ~ModuleTest() override { unsetenv(kIniPathVariable); }
+  ProgramTest() { setenv(kIniPathVariable, ini_path().c_str(), 1); }
+  ~ProgramTest() override { unsetenv(kIniPathVariable); }
 
   std::string ini_path() const { return dir_.Join("Pairwell.ini"); }
 
   void StartWith(const std::string& ini_text,
                  const std::string& command_line = "") {
     dir_.WriteFile("Pairwell.ini", ini_text);
-    Main(command_line);
+    program_.Main(command_line);
   }
 
-  std::vector<std::string> SetNames() const {
+  std::vector<std::string> SetNames() {
     std::vector<std::string> names;
-    for (int i = 1; i <= SyncSets().Count(); ++i) {
-      names.push_back(SyncSets().Item(i).Name);
+    for (int i = 1; i <= program_.SyncSets().Count(); ++i) {
+      names.push_back(program_.SyncSets().Item(i).Name);
     }
     return names;
   }
 
   RecordingUserInterface ui_;
+  Program program_{ui_};
   TempDir dir_;
 };
 
-TEST_F(ModuleTest, RealisticFileIsSavedBackByteForByte) {
+TEST_F(ProgramTest, RealisticFileIsSavedBackByteForByte) {
   const std::string head =
       ";Pairwell settings\r\n"
       "SimulationMode=False\r\n"
@@ -145,7 +146,7 @@ TEST_F(ModuleTest, RealisticFileIsSavedBackByteForByte) {
   ASSERT_TRUE(ui_.messages.empty()) << ui_.messages[0].text;
   ASSERT_EQ(SetNames(), (std::vector<std::string>{"Docs", "Photos", "Music"}));
 
-  SaveSettings();
+  program_.SaveSettings();
   const std::string music_out =
       "[Sec: Music]\r\n"
       "Dir1=/home/ann/Music\r\n"
@@ -166,19 +167,19 @@ TEST_F(ModuleTest, RealisticFileIsSavedBackByteForByte) {
       expected.replace(at, from.size(), to);
     }
   }
-  Main("");
-  SaveSettings();
+  program_.Main("");
+  program_.SaveSettings();
   EXPECT_EQ(dir_.ReadFile("Pairwell.ini"), expected);
 }
 
-TEST_F(ModuleTest, SetSectionsLoadInFileOrderAndAreWrittenLast) {
+TEST_F(ProgramTest, SetSectionsLoadInFileOrderAndAreWrittenLast) {
   StartWith(
       "[Conflict Types]\r\n[SEC:A]\r\n[Other]\r\nk=v\r\n[sec:  B]\r\n"
       "[Sec: C]\r\n[Tail]\r\n");
   EXPECT_EQ(SetNames(), (std::vector<std::string>{"A", "B", "C"}));
-  EXPECT_EQ(TheINIFile().SecCount(), 3);  // Conflict Types, Other, Tail
+  EXPECT_EQ(program_.TheINIFile().SecCount(), 3);  // Conflict Types, Other, Tail
 
-  SaveSettings();
+  program_.SaveSettings();
   const std::string saved = dir_.ReadFile("Pairwell.ini");
   const auto a = saved.find("[Sec: A]\r\n");
   const auto b = saved.find("[Sec: B]\r\n");
@@ -190,55 +191,55 @@ TEST_F(ModuleTest, SetSectionsLoadInFileOrderAndAreWrittenLast) {
   EXPECT_EQ(saved.find("SEC:A"), std::string::npos);
 }
 
-TEST_F(ModuleTest, SecretIsNoSetButEmptySetNameIs) {
+TEST_F(ProgramTest, SecretIsNoSetButEmptySetNameIs) {
   StartWith("[Conflict Types]\r\n[SECRET]\r\nk=v\r\n[Sec:]\r\nDir1=/x\r\n");
   ASSERT_EQ(SetNames(), (std::vector<std::string>{""}));
-  EXPECT_EQ(SyncSets().Item(1).PathCount(), 1);
-  EXPECT_NE(TheINIFile().Section("SECRET"), nullptr);
-  SaveSettings();
+  EXPECT_EQ(program_.SyncSets().Item(1).PathCount(), 1);
+  EXPECT_NE(program_.TheINIFile().Section("SECRET"), nullptr);
+  program_.SaveSettings();
   const std::string saved = dir_.ReadFile("Pairwell.ini");
   EXPECT_NE(saved.find("[SECRET]\r\nk=v\r\n"), std::string::npos);
   EXPECT_NE(saved.find("[Sec: ]\r\nDir1=/x\r\n"), std::string::npos);
 }
 
-TEST_F(ModuleTest, QuietSwitchUnknownSwitchAndQuotedArgument) {
+TEST_F(ProgramTest, QuietSwitchUnknownSwitchAndQuotedArgument) {
   StartWith("[Conflict Types]\r\n[Sec: A]\r\n[Sec: B]\r\n",
             "-q /x \"quoted arg\"");
-  EXPECT_TRUE(SyncSets().Item(1).QuietMode);
-  EXPECT_TRUE(SyncSets().Item(2).QuietMode);
+  EXPECT_TRUE(program_.SyncSets().Item(1).QuietMode);
+  EXPECT_TRUE(program_.SyncSets().Item(2).QuietMode);
   ASSERT_EQ(ui_.messages.size(), 1u);
   EXPECT_EQ(ui_.messages[0].text, "Unknown command-line switch ignored: /x");
   EXPECT_EQ(ui_.messages[0].style, 64);
   EXPECT_EQ(ui_.messages[0].caption, "Pairwell");
 }
 
-TEST_F(ModuleTest, QuestionSwitchShowsOnlyTheNotice) {
+TEST_F(ProgramTest, QuestionSwitchShowsOnlyTheNotice) {
   StartWith("[Conflict Types]\r\n[Sec: A]\r\n", "/?");
   ASSERT_EQ(ui_.messages.size(), 1u);
   EXPECT_EQ(ui_.messages[0].text, "COMMAND LINE SUPPORT NOT IMPLEMENTED");
   EXPECT_EQ(ui_.messages[0].style, 0);
   EXPECT_EQ(ui_.messages[0].caption, "Pairwell");
   EXPECT_EQ(SetNames(), (std::vector<std::string>{"A"}));
-  EXPECT_FALSE(SyncSets().Item(1).QuietMode);
+  EXPECT_FALSE(program_.SyncSets().Item(1).QuietMode);
 }
 
-TEST_F(ModuleTest, SwitchesMatchWholeIgnoringCaseAndLoseTheirQuotes) {
+TEST_F(ProgramTest, SwitchesMatchWholeIgnoringCaseAndLoseTheirQuotes) {
   StartWith("[Conflict Types]\r\n[Sec: A]\r\n", "/Qx - \"/x y\" plain /Q");
   EXPECT_EQ(ui_.Texts(), (std::vector<std::string>{
                              "Unknown command-line switch ignored: /Qx",
                              "Unknown command-line switch ignored: -",
                              "Unknown command-line switch ignored: /x y"}));
-  EXPECT_TRUE(SyncSets().Item(1).QuietMode);
+  EXPECT_TRUE(program_.SyncSets().Item(1).QuietMode);
 }
 
-TEST_F(ModuleTest, QuietSwitchReachesOnlySetsLoadedFromTheFile) {
+TEST_F(ProgramTest, QuietSwitchReachesOnlySetsLoadedFromTheFile) {
   // The "Untitled" set is made after the switches are applied.
   StartWith("[Conflict Types]\r\n", "/q");
   ASSERT_EQ(SetNames(), (std::vector<std::string>{"Untitled"}));
-  EXPECT_FALSE(SyncSets().Item(1).QuietMode);
+  EXPECT_FALSE(program_.SyncSets().Item(1).QuietMode);
 }
 
-TEST_F(ModuleTest, SimulationModeFollowsBooleanConversion) {
+TEST_F(ProgramTest, SimulationModeFollowsBooleanConversion) {
   const struct {
     const char* text;
     bool on;
@@ -249,17 +250,17 @@ TEST_F(ModuleTest, SimulationModeFollowsBooleanConversion) {
   for (const auto& c : kCases) {
     StartWith(std::string("SimulationMode=") + c.text +
               "\r\n[Conflict Types]\r\n");
-    EXPECT_EQ(SimulationMode(), c.on) << "SimulationMode=" << c.text;
+    EXPECT_EQ(program_.SimulationMode(), c.on) << "SimulationMode=" << c.text;
   }
   StartWith("[Conflict Types]\r\n");
-  EXPECT_FALSE(SimulationMode());
+  EXPECT_FALSE(program_.SimulationMode());
 }
 
-TEST_F(ModuleTest, NoSetSectionsGiveOneUntitledSet) {
+TEST_F(ProgramTest, NoSetSectionsGiveOneUntitledSet) {
   StartWith("[Conflict Types]\r\nA=DONOTHING* ?0?\r\n");
   ASSERT_EQ(SetNames(), (std::vector<std::string>{"Untitled"}));
-  const Synchronizer& set = SyncSets().Item(1);
-  EXPECT_EQ(set.Log(), &TheLogFile());
+  const Synchronizer& set = program_.SyncSets().Item(1);
+  EXPECT_EQ(set.Log(), &program_.TheLogFile());
   EXPECT_EQ(set.ConflictTypeCount(), 1);
   // A set made at start-up has a new set's defaults, not a file's.
   EXPECT_EQ(set.FileSpec, "");
@@ -267,8 +268,8 @@ TEST_F(ModuleTest, NoSetSectionsGiveOneUntitledSet) {
   EXPECT_TRUE(ui_.messages.empty());
 }
 
-TEST_F(ModuleTest, MissingFileGivesBothMessagesAndStillStarts) {
-  Main("");
+TEST_F(ProgramTest, MissingFileGivesBothMessagesAndStillStarts) {
+  program_.Main("");
   EXPECT_EQ(ui_.Texts(), (std::vector<std::string>{
                              "An error occurred while loading " + ini_path() +
                                  ": No such file or directory",
@@ -276,61 +277,61 @@ TEST_F(ModuleTest, MissingFileGivesBothMessagesAndStillStarts) {
   EXPECT_EQ(ui_.messages[1].style, 16);
   EXPECT_EQ(ui_.messages[1].caption, "Pairwell");
   EXPECT_EQ(SetNames(), (std::vector<std::string>{"Untitled"}));
-  EXPECT_EQ(SyncSets().Item(1).ConflictTypeCount(), 0);
+  EXPECT_EQ(program_.SyncSets().Item(1).ConflictTypeCount(), 0);
 
-  SaveSettings();
+  program_.SaveSettings();
   const std::string saved = dir_.ReadFile("Pairwell.ini");
   EXPECT_EQ(saved.substr(0, 24), "\r\n[Conflict Types]\r\n\r\n[S");
 }
 
-TEST_F(ModuleTest, FileWithoutCatalogueIsReportedButSetsLoad) {
+TEST_F(ProgramTest, FileWithoutCatalogueIsReportedButSetsLoad) {
   StartWith("[Sec: A]\r\nDir1=/a\r\n");
   EXPECT_EQ(ui_.Texts(), (std::vector<std::string>{kMissingCatalogue}));
   EXPECT_EQ(SetNames(), (std::vector<std::string>{"A"}));
-  EXPECT_NE(TheINIFile().Section("Conflict Types"), nullptr);
+  EXPECT_NE(program_.TheINIFile().Section("Conflict Types"), nullptr);
 }
 
-TEST_F(ModuleTest, BadCatalogueTextIsReportedAndTheRestLoads) {
+TEST_F(ProgramTest, BadCatalogueTextIsReportedAndTheRestLoads) {
   StartWith(
       "[Conflict Types]\r\nBad=x?0 DONOTHING*\r\nGood=?0?\r\n"
       "[Sec: A]\r\n");
   EXPECT_EQ(
       ui_.Texts(),
       (std::vector<std::string>{"An error was detected in the INI file."}));
-  ASSERT_EQ(SyncSets().Item(1).ConflictTypeCount(), 1);
-  EXPECT_EQ(SyncSets().Item(1).ConflictTypes(1).Name, "Good");
+  ASSERT_EQ(program_.SyncSets().Item(1).ConflictTypeCount(), 1);
+  EXPECT_EQ(program_.SyncSets().Item(1).ConflictTypes(1).Name, "Good");
 }
 
-TEST_F(ModuleTest, MainTellsWhetherTheConfigurationWasComplete) {
+TEST_F(ProgramTest, MainTellsWhetherTheConfigurationWasComplete) {
   dir_.WriteFile("Pairwell.ini", "[Conflict Types]\r\n");
-  EXPECT_TRUE(Main(""));
+  EXPECT_TRUE(program_.Main(""));
   dir_.WriteFile("Pairwell.ini", "[Sec: A]\r\n");
-  EXPECT_FALSE(Main(""));
+  EXPECT_FALSE(program_.Main(""));
   unlink(ini_path().c_str());
-  EXPECT_FALSE(Main(""));
+  EXPECT_FALSE(program_.Main(""));
 }
 
-TEST_F(ModuleTest, StartUpClearsTheLogFlags) {
-  TheLogFile().LogFlags = 15;
+TEST_F(ProgramTest, StartUpClearsTheLogFlags) {
+  program_.TheLogFile().LogFlags = 15;
   StartWith("[Conflict Types]\r\n");
-  EXPECT_EQ(TheLogFile().LogFlags, 0);
+  EXPECT_EQ(program_.TheLogFile().LogFlags, 0);
 }
 
-TEST_F(ModuleTest, ClearLogDailyLastsUntilTheNextSave) {
+TEST_F(ProgramTest, ClearLogDailyLastsUntilTheNextSave) {
   StartWith("[Conflict Types]\r\n[Sec: A]\r\nClearLogDaily=True\r\n");
-  EXPECT_TRUE(SyncSets().Item(1).ClearLogDaily);
-  SaveSettings();
+  EXPECT_TRUE(program_.SyncSets().Item(1).ClearLogDaily);
+  program_.SaveSettings();
   EXPECT_EQ(dir_.ReadFile("Pairwell.ini").find("ClearLogDaily"),
             std::string::npos);
-  Main("");
-  EXPECT_FALSE(SyncSets().Item(1).ClearLogDaily);
+  program_.Main("");
+  EXPECT_FALSE(program_.SyncSets().Item(1).ClearLogDaily);
 }
 
-TEST_F(ModuleTest, SetsWhoseNamesDifferInCaseShareOneSection) {
+TEST_F(ProgramTest, SetsWhoseNamesDifferInCaseShareOneSection) {
   StartWith("[Conflict Types]\r\n");
-  NewSyncSet("Docs").PathAdd("/first");
-  NewSyncSet("DOCS").FileSpec = "*.txt";
-  SaveSettings();
+  program_.NewSyncSet("Docs").PathAdd("/first");
+  program_.NewSyncSet("DOCS").FileSpec = "*.txt";
+  program_.SaveSettings();
   const std::string saved = dir_.ReadFile("Pairwell.ini");
   EXPECT_NE(saved.find("[Sec: Docs]\r\nDir1=/first\r\nDir1Flags=4\r\n"),
             std::string::npos);
@@ -338,46 +339,46 @@ TEST_F(ModuleTest, SetsWhoseNamesDifferInCaseShareOneSection) {
   EXPECT_NE(saved.find("FileSpec=*.txt\r\n"), std::string::npos);
 }
 
-TEST_F(ModuleTest, SavingTwiceLeavesNoStaleKeysOrSets) {
+TEST_F(ProgramTest, SavingTwiceLeavesNoStaleKeysOrSets) {
   StartWith(
       "[Conflict Types]\r\n[Sec: A]\r\nDir1=/a\r\nDir2=/b\r\n"
       "[Sec: B]\r\n");
-  SaveSettings();
-  SyncSets().Item(1).PathRemove(2);
-  SyncSets().Remove(2);
-  SaveSettings();
+  program_.SaveSettings();
+  program_.SyncSets().Item(1).PathRemove(2);
+  program_.SyncSets().Remove(2);
+  program_.SaveSettings();
   const std::string saved = dir_.ReadFile("Pairwell.ini");
   EXPECT_EQ(saved.find("Dir2"), std::string::npos);
   EXPECT_EQ(saved.find("[Sec: B]"), std::string::npos);
 }
 
-TEST_F(ModuleTest, RenamedSetIsSavedUnderItsNewName) {
+TEST_F(ProgramTest, RenamedSetIsSavedUnderItsNewName) {
   StartWith("[Conflict Types]\r\n[Sec: Old]\r\nDir1=/a\r\n");
-  SyncSets().Item(1).Name = "New";
-  SaveSettings();
+  program_.SyncSets().Item(1).Name = "New";
+  program_.SaveSettings();
   const std::string saved = dir_.ReadFile("Pairwell.ini");
   EXPECT_EQ(saved.find("[Sec: Old]"), std::string::npos);
   EXPECT_NE(saved.find("[Sec: New]\r\nDir1=/a\r\n"), std::string::npos);
 }
 
-TEST_F(ModuleTest, NewSyncSetCreatesAnEmptyCatalogueSectionWhenMissing) {
+TEST_F(ProgramTest, NewSyncSetCreatesAnEmptyCatalogueSectionWhenMissing) {
   StartWith("");
-  EXPECT_NE(TheINIFile().Section("Conflict Types"), nullptr);
-  Synchronizer& set = NewSyncSet("Second");
-  EXPECT_EQ(SyncSets().Count(), 2);
-  EXPECT_EQ(&SyncSets().Item(2), &set);
+  EXPECT_NE(program_.TheINIFile().Section("Conflict Types"), nullptr);
+  Synchronizer& set = program_.NewSyncSet("Second");
+  EXPECT_EQ(program_.SyncSets().Count(), 2);
+  EXPECT_EQ(&program_.SyncSets().Item(2), &set);
   EXPECT_EQ(set.Name, "Second");
 }
 
-TEST_F(ModuleTest, SaveFailureThrowsAndKeepsTheOldFile) {
+TEST_F(ProgramTest, SaveFailureThrowsAndKeepsTheOldFile) {
   StartWith("[Conflict Types]\r\n[Sec: A]\r\n");
   const std::string before = dir_.ReadFile("Pairwell.ini");
   setenv(kIniPathVariable, dir_.Join("no/folder/Pairwell.ini").c_str(), 1);
-  EXPECT_THROW(SaveSettings(), std::system_error);
+  EXPECT_THROW(program_.SaveSettings(), std::system_error);
   EXPECT_EQ(dir_.ReadFile("Pairwell.ini"), before);
 }
 
-TEST_F(ModuleTest, LastSyncDateSurvivesSaveAndLoad) {
+TEST_F(ProgramTest, LastSyncDateSurvivesSaveAndLoad) {
   StartWith(
       "[Conflict Types]\r\n[Sec: A]\r\nLastSyncDate=11/2/2026 3:04:05 PM\r\n");
   DateParts expected;
@@ -387,8 +388,8 @@ TEST_F(ModuleTest, LastSyncDateSurvivesSaveAndLoad) {
   expected.hour = 15;
   expected.minute = 4;
   expected.second = 5;
-  EXPECT_DOUBLE_EQ(SyncSets().Item(1).LastSyncDate, DateFromParts(expected));
-  SaveSettings();
+  EXPECT_DOUBLE_EQ(program_.SyncSets().Item(1).LastSyncDate, DateFromParts(expected));
+  program_.SaveSettings();
   EXPECT_NE(dir_.ReadFile("Pairwell.ini")
                 .find("LastSyncDate=2026-11-02 15:04:05\r\n"),
             std::string::npos);
@@ -400,27 +401,27 @@ void AgeByTwoDays(const std::string& path) {
   ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
 }
 
-TEST_F(ModuleTest, ClearLogIfOldKeepsAnOrdinaryLogFile) {
+TEST_F(ProgramTest, ClearLogIfOldKeepsAnOrdinaryLogFile) {
   StartWith(
       "[Conflict Types]\r\n[Sec: A]\r\nClearLogDaily=True\r\n"
       "LogFileName= old.log \r\n");
   dir_.WriteFile("old.log", "yesterday's lines");
   AgeByTwoDays(dir_.Join("old.log"));
   // The lookup adds "/*" to the name, so an ordinary file is never found.
-  ClearLogIfOld(SyncSets().Item(1));
+  ClearLogIfOld(program_.SyncSets().Item(1));
   EXPECT_EQ(dir_.ReadFile("old.log"), "yesterday's lines");
   EXPECT_TRUE(ui_.messages.empty());
 }
 
-TEST_F(ModuleTest, ClearLogIfOldDoesNothingUnlessAsked) {
+TEST_F(ProgramTest, ClearLogIfOldDoesNothingUnlessAsked) {
   StartWith("[Conflict Types]\r\n[Sec: A]\r\nLogFileName=logdir\r\n");
   ASSERT_EQ(mkdir(dir_.Join("logdir").c_str(), 0755), 0);
   AgeByTwoDays(dir_.Join("logdir"));
-  ClearLogIfOld(SyncSets().Item(1));
+  ClearLogIfOld(program_.SyncSets().Item(1));
   EXPECT_TRUE(dir_.Exists("logdir"));
 }
 
-TEST_F(ModuleTest, ClearLogIfOldIgnoresTheFailureToDeleteAFolder) {
+TEST_F(ProgramTest, ClearLogIfOldIgnoresTheFailureToDeleteAFolder) {
   StartWith(
       "[Conflict Types]\r\n[Sec: A]\r\nClearLogDaily=True\r\n"
       "LogFileName=logdir\r\n");
@@ -429,25 +430,25 @@ TEST_F(ModuleTest, ClearLogIfOldIgnoresTheFailureToDeleteAFolder) {
   AgeByTwoDays(dir_.Join("logdir"));
   // Found (a folder has a "." entry) and old, but a folder is not a file:
   // the deletion fails quietly and everything stays.
-  ClearLogIfOld(SyncSets().Item(1));
+  ClearLogIfOld(program_.SyncSets().Item(1));
   EXPECT_EQ(dir_.ReadFile("logdir/kept.txt"), "x");
   EXPECT_TRUE(ui_.messages.empty());
 }
 
-TEST_F(ModuleTest, RelativeLogNamesAreTakenBesideTheConfiguration) {
+TEST_F(ProgramTest, RelativeLogNamesAreTakenBesideTheConfiguration) {
   EXPECT_EQ(ConfigFolder(), dir_.path());
 }
 
-TEST_F(ModuleTest, SaveLastSyncDatesChangesOnlyThatKeyOnDisk) {
+TEST_F(ProgramTest, SaveLastSyncDatesChangesOnlyThatKeyOnDisk) {
   StartWith("[Conflict Types]\r\n[SEC:Docs]\r\nDir1=/a\r\n[Sec: Other]\r\n");
   // Meanwhile somebody edits the file.
   const std::string edited =
       ";edited\r\n\r\n[Conflict Types]\r\n\r\n[SEC:Docs]\r\nDir1=/b\r\n"
       "LastSyncDate=2020-01-01 00:00:00\r\n;note\r\n\r\n[Sec: Other]\r\n\r\n";
   dir_.WriteFile("Pairwell.ini", edited);
-  Synchronizer& docs = SyncSets().Item(1);
+  Synchronizer& docs = program_.SyncSets().Item(1);
   docs.LastSyncDate = MakeDate(2026, 11, 2, 15, 4, 5);
-  EXPECT_TRUE(SaveLastSyncDates({&docs}));
+  EXPECT_TRUE(program_.SaveLastSyncDates({&docs}));
   std::string expected = edited;
   expected.replace(expected.find("2020-01-01 00:00:00"), 19,
                    "2026-11-02 15:04:05");
@@ -455,11 +456,11 @@ TEST_F(ModuleTest, SaveLastSyncDatesChangesOnlyThatKeyOnDisk) {
   EXPECT_TRUE(ui_.messages.empty());
 }
 
-TEST_F(ModuleTest, SaveLastSyncDatesTellsWhenASetIsGone) {
+TEST_F(ProgramTest, SaveLastSyncDatesTellsWhenASetIsGone) {
   StartWith("[Conflict Types]\r\n[Sec: Docs]\r\n");
   dir_.WriteFile("Pairwell.ini", "[Conflict Types]\r\n\r\n");
-  SyncSets().Item(1).LastSyncDate = 45000;
-  EXPECT_FALSE(SaveLastSyncDates({&SyncSets().Item(1)}));
+  program_.SyncSets().Item(1).LastSyncDate = 45000;
+  EXPECT_FALSE(program_.SaveLastSyncDates({&program_.SyncSets().Item(1)}));
   EXPECT_EQ(ui_.Texts(),
             (std::vector<std::string>{
                 "The set 'Docs' is no longer in " + ini_path() +
@@ -468,11 +469,11 @@ TEST_F(ModuleTest, SaveLastSyncDatesTellsWhenASetIsGone) {
   EXPECT_EQ(dir_.ReadFile("Pairwell.ini"), "[Conflict Types]\r\n\r\n");
 }
 
-TEST_F(ModuleTest, SaveLastSyncDatesOfAMissingFileChangesNothing) {
+TEST_F(ProgramTest, SaveLastSyncDatesOfAMissingFileChangesNothing) {
   StartWith("[Conflict Types]\r\n[Sec: Docs]\r\n");
   unlink(ini_path().c_str());
-  SyncSets().Item(1).LastSyncDate = 45000;
-  EXPECT_FALSE(SaveLastSyncDates({&SyncSets().Item(1)}));
+  program_.SyncSets().Item(1).LastSyncDate = 45000;
+  EXPECT_FALSE(program_.SaveLastSyncDates({&program_.SyncSets().Item(1)}));
   EXPECT_FALSE(dir_.Exists("Pairwell.ini"));
   ASSERT_EQ(ui_.messages.size(), 1u);
 }

@@ -1,0 +1,26 @@
+# Checks that the core links no Qt and that no core source reaches around
+# the layers.
+#   cmake -DLINKS=<file> -DSOURCE_DIR=<src> -P check_core.cmake
+# LINKS holds one line per core target: "<target>: <everything it links>".
+file(STRINGS "${LINKS}" lines)
+if(NOT lines)
+  message(FATAL_ERROR "no link closures in ${LINKS}")
+endif()
+foreach(line IN LISTS lines)
+  if(line MATCHES "[Qq]t[0-9]*::|[Qq]t[0-9]*[A-Z][a-z]+")
+    message(FATAL_ERROR "a core target links Qt: ${line}")
+  endif()
+endforeach()
+foreach(layer util config engine app)
+  file(GLOB_RECURSE files "${SOURCE_DIR}/${layer}/*.h" "${SOURCE_DIR}/${layer}/*.cc")
+  foreach(f IN LISTS files)
+    file(STRINGS "${f}" includes REGEX "^[ \t]*#[ \t]*include")
+    foreach(inc IN LISTS includes)
+      if(inc MATCHES "<Q[A-Za-z]|<qt|\\.\\./")
+        message(FATAL_ERROR "${f}: ${inc}")
+      endif()
+    endforeach()
+  endforeach()
+endforeach()
+list(LENGTH lines count)
+message(STATUS "${count} core targets checked: no Qt, no include around the layers")

@@ -1,0 +1,2 @@
+// Must not compile: the util layer sees no engine header.
+#include "engine/synchronizer.h"
