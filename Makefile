@@ -3,7 +3,7 @@ BUILD_DIR ?= build
 TEST_DIR ?= build-sanitize
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps build run test bench-scan bench-copy clean
+.PHONY: all deps build run test screenshots bench-scan bench-copy bench-confirm clean
 
 all: build
 
@@ -23,6 +23,10 @@ test: deps
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
 
+# Every window as a PNG in $(BUILD_DIR)/screenshots, rendered under Xvfb.
+screenshots: build
+	@scripts/screenshots.sh $(BUILD_DIR)
+
 # Scan speed against rsync and a plain find walk (not part of the tests).
 bench-scan: build
 	bench/scan/run.sh $(BUILD_DIR)
@@ -30,6 +34,13 @@ bench-scan: build
 # Copy speed of a first sync against cp -a and rsync -a.
 bench-copy: build
 	bench/copy/run.sh $(BUILD_DIR)
+
+# The confirm window's speed on a run of 100,000 files: opening, switching
+# the show mode, applying an action to every file, sorting.
+bench-confirm: deps
+	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release
+	cmake --build $(BUILD_DIR) -j $(JOBS) --target pairwell_bench_confirm
+	QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/confirm/pairwell_bench_confirm
 
 clean:
 	rm -rf $(BUILD_DIR) $(TEST_DIR)

@@ -2,7 +2,10 @@
 # Installs the Debian packages the build needs, and nothing when all are there.
 set -euo pipefail
 
-packages=(g++ make cmake libgtest-dev libgmock-dev)
+# The desktop program needs Qt 6 Widgets (its tests run on the offscreen
+# platform); screenshots render under a virtual X server with real fonts.
+packages=(g++ make cmake libgtest-dev libgmock-dev qt6-base-dev xvfb xauth
+          fonts-dejavu-core)
 
 missing=()
 for p in "${packages[@]}"; do

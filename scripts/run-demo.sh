@@ -40,3 +40,13 @@ echo "== pairwell-cli sync --yes Demo"
 echo
 echo "== pairwell-cli plan Demo (again: nothing left to do)"
 "${cli}" --ini "${demo}/Pairwell.ini" plan Demo 2>/dev/null
+
+# With a display, the desktop program opens on the demo set.
+if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -x "${build_dir}/pairwell" ]; then
+  echo
+  echo "== pairwell (the window; close it to end)"
+  PAIRWELL_INI="${demo}/Pairwell.ini" "${build_dir}/pairwell"
+else
+  echo
+  echo "(No display: the desktop program 'pairwell' was not started.)"
+fi

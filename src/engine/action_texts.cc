@@ -148,4 +148,123 @@ std::string GetAttribString(std::uint16_t attributes) {
   return text;
 }
 
+bool MatchesShowMode(const SyncFile& file, int mode) {
+  switch (mode) {
+    case kShowNeedConfirmation:
+      return NeedsConfirmation(file.Owner(), file.ComputeConflictIndex());
+    case kShowAllConflicts:
+      return IsConflict(file.Owner(), file.ComputeConflictIndex());
+    case kShowMarkedForAction:
+      return file.Action != kUndecided && file.Action != kDoNothing;
+    case kShowUndecided:
+      return file.Action == kUndecided;
+    default:
+      return true;
+  }
+}
+
+std::string ConflictDescriptionText(const Synchronizer& set,
+                                    int conflict_index) {
+  if (conflict_index == 0) return "No conflict; all files match";
+  if (conflict_index < 0) {
+    return "Unrecognized situation (INI file is missing or incomplete)";
+  }
+  const ConflictDescriptor& type = set.ConflictTypes(conflict_index);
+  if (!type.Configurable) return "No conflict";
+  if (type.ListChecked) return "Conflict: " + type.Description;
+  return "Conflict (automatically handled): " + type.Description;
+}
+
+CopyDetails GetCopyDetails(const SyncFile& file, int j) {
+  const CopyRecord& copy = file.Copy(j);
+  CopyDetails details;
+  if (copy.modify_date == 0) {
+    details.modify_date = "Not found";
+  } else {
+    details.modify_date = FormatDate(copy.modify_date, "mmm d, yyyy hh:nnAMPM");
+    details.size = GetFileSizeString(copy.size);
+    details.attributes = GetAttribString(copy.attributes);
+  }
+  if (copy.create_date != 0) {
+    details.create_date = FormatDate(copy.create_date, "mmm d, yyyy h:nnAMPM");
+  }
+  return details;
+}
+
+void ActionSummary::Add(const SyncFile& file) {
+  if (count_ == 0) {
+    common_action_ = file.Action;
+    common_copy_ = file.SourceIndex;
+  } else {
+    if (file.Action != common_action_) common_action_ = -1;
+    if (file.SourceIndex != common_copy_) common_copy_ = -1;
+  }
+  ++count_;
+  if (file.SourceIndex != file.GetNewestFileIndex(true)) all_newest_ = false;
+  any_set_ = static_cast<std::uint16_t>(any_set_ | file.ActionFlags);
+  any_clear_ = static_cast<std::uint16_t>(any_clear_ | ~file.ActionFlags);
+}
+
+int ActionSummary::CheckValue(std::uint16_t bit) const {
+  const bool some_set = (any_set_ & bit) != 0;
+  const bool some_clear = (any_clear_ & bit) != 0;
+  if (some_set && some_clear) return kCheckMixed;
+  return some_set ? kCheckSet : kCheckClear;
+}
+
+std::uint16_t FlagsThatMatter(bool copying, bool deleting, bool has_merge_to) {
+  std::uint16_t flags = 0;
+  if (copying) flags |= kFlagCreate | kFlagOverwriteReadOnly | kFlagForceCopy;
+  if (deleting) flags |= kFlagDeleteReadOnly;
+  if ((copying || deleting) && has_merge_to) flags |= kFlagProtectMerged;
+  return flags;
+}
+
+bool HasMergeToFolder(const Synchronizer& set) {
+  for (int j = 1; j <= set.WPathCount(); ++j) {
+    if ((set.WPathFlags(j) & kFolderTypeMask) == kFolderMergeTo) return true;
+  }
+  return false;
+}
+
+void ApplyAction(SyncFile& file, std::int32_t action, bool take_newest) {
+  file.Action = action;
+  if (action == kUseNewest && take_newest) {
+    file.SourceIndex = file.GetNewestFileIndex(true);
+  }
+  file.CalcNoEffect();
+}
+
+void ApplyActionFlag(SyncFile& file, std::uint16_t bit, bool set) {
+  if (set) {
+    file.ActionFlags = static_cast<std::uint16_t>(file.ActionFlags | bit);
+  } else {
+    file.ActionFlags = static_cast<std::uint16_t>(file.ActionFlags & ~bit);
+  }
+  file.CalcNoEffect();
+}
+
+void ResetToDefault(SyncFile& file) {
+  file.ComputeDefAction();
+  file.CalcNoEffect();
+}
+
+void RefreshFromDisk(SyncFile& file) {
+  file.RefreshFileInfo();
+  ResetToDefault(file);
+}
+
+bool PickSourceCopy(SyncFile& file, int j) {
+  file.Action = kUseNewest;
+  file.SourceIndex = j;
+  return j == file.GetNewestFileIndex(true);
+}
+
+long FirstUndecidedFile(const Synchronizer& set) {
+  for (long i = 1; i <= set.WFileCount(); ++i) {
+    if (set.WFile(i).Action == kUndecided) return i;
+  }
+  return 0;
+}
+
 }  // namespace pairwell

@@ -76,6 +76,8 @@ void Synchronizer::PerformActions() {
       (StopFlag ? "Sync actions stopped - " : "Sync actions completed - ") +
       FormatGeneralDate(Now());
   TheLog().PrintL(SyncMsg);
+  // The outcome is shown however soon it follows the last status.
+  status_shown_ = false;
   ManageUI();
 }
 

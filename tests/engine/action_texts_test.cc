@@ -12,6 +12,7 @@
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
 #include "support/recording_user_interface.h"
+#include "support/scanned_folders.h"
 #include "support/section_entries.h"
 #include "support/temp_dir.h"
 #include "support/test_dates.h"
@@ -25,19 +26,6 @@ double Date(int year, int month, int day, int hour = 0, int minute = 0) {
   return MakeDate(year, month, day, hour, minute);
 }
 
-// Functions rather than constants: a date is computed by the library, which
-// must not be called before its own statics are set up.
-double Old() { return Date(2024, 5, 14, 9, 0); }
-double SyncDate() { return Date(2024, 5, 14, 10, 0); }
-double Fresh() { return Date(2024, 5, 14, 11, 0); }
-double Fresher() { return Date(2024, 5, 14, 12, 0); }
-
-CopyRecord Present(double modify, std::int32_t size = 100,
-                   std::uint16_t attributes = 0, double create = 0) {
-  return CopyRecord{modify, create, size, attributes};
-}
-
-const CopyRecord kMissing{};
 
 // Without a last-sync date, for three source folders:
 //   1 "Changed" (checked): all dates differ;
@@ -73,26 +61,11 @@ class ScannedSet {
  public:
   ScannedSet(const std::vector<std::int32_t>& types, int files,
              const Entries& catalogue = {}) {
-    for (std::size_t k = 0; k < types.size(); ++k) {
-      const std::string name(1, static_cast<char>('A' + k));
-      if (!MakeDirectory(dir.Join(name))) {
-        throw std::runtime_error("cannot create " + dir.Join(name));
-      }
-      for (int f = 1; f <= files; ++f) {
-        dir.WriteFile(name + "/f" + std::to_string(f) + ".txt", "content");
-      }
-      set.PathAdd(dir.Join(name));
-      set.SetPathFlags(static_cast<int>(k + 1), types[k] | kFolderEnabled);
+    std::vector<std::string> names;
+    for (int f = 1; f <= files; ++f) {
+      names.push_back("f" + std::to_string(f) + ".txt");
     }
-    INIFileSection section("Conflict Types");
-    for (const auto& entry : catalogue) {
-      section.AddVar(entry.first, entry.second);
-    }
-    set.ReadConflictInfo(section);
-    set.FileSpec = "*.*";
-    if (!set.BuildActionList() || set.WFileCount() != files) {
-      throw std::runtime_error("the scan did not give the files written");
-    }
+    ScanFolders(set, dir, types, names, catalogue);
   }
 
   SyncFile& file(long i) { return set.WFile(i); }
@@ -455,6 +428,264 @@ TEST_F(ActionTextsTest, NoEffectTakesPrecedenceOverNewest) {
   EXPECT_EQ(ActionText(s.file(1)), "Copy #1 (newest)");
   s.file(1).CalcNoEffect();
   EXPECT_EQ(ActionText(s.file(1)), "Copy #1 (no effect)");
+}
+
+// --- Confirm window rules -------------------------------------------------
+
+// kCatalogue with descriptions, in the same order.
+const Entries kDescribed = {
+    {"Changed", "N01 USENEWEST* \"Every copy changed.\""},
+    {"+Missing", "N1? DELETEALL* \"A source lacks the file.\""},
+    {"*Sizes", "N03 DONOTHING* \"Only the sizes differ.\""},
+};
+
+TEST_F(ActionTextsTest, MatchesShowModeByConflictAndAction) {
+  ScannedSet s(kThreeSources, 5, kCatalogue);
+  s.SetCopies(1, Same());        // 0
+  s.SetCopies(2, Changed());     // 1, checked
+  s.SetCopies(3, MissingOne());  // 2, handled automatically
+  s.SetCopies(4, Sizes());       // 3, no conflict
+  s.SetCopies(5, Unmatched());   // -1
+  const std::int32_t actions[] = {kDoNothing, kUseNewest, kDeleteAll,
+                                  kUndecided, kUndecided};
+  for (long i = 1; i <= 5; ++i) s.file(i).Action = actions[i - 1];
+  const struct {
+    int mode;
+    std::vector<bool> listed;  // files 1..5
+  } kCases[] = {
+      {kShowNeedConfirmation, {false, true, false, false, true}},
+      {kShowAllConflicts, {false, true, true, false, true}},
+      {kShowMarkedForAction, {false, true, true, false, false}},
+      {kShowUndecided, {false, false, false, true, true}},
+      {kShowAllFiles, {true, true, true, true, true}},
+      {-1, {true, true, true, true, true}},
+      {7, {true, true, true, true, true}},
+  };
+  for (const auto& c : kCases) {
+    for (long i = 1; i <= 5; ++i) {
+      EXPECT_EQ(MatchesShowMode(s.file(i), c.mode), c.listed[i - 1])
+          << "mode " << c.mode << " file " << i;
+    }
+  }
+}
+
+TEST_F(ActionTextsTest, DoNothingIsNotMarkedForAction) {
+  ScannedSet s(kThreeSources, 1, kCatalogue);
+  s.SetCopies(1, Changed());
+  s.file(1).Action = kDoNothing;
+  EXPECT_FALSE(MatchesShowMode(s.file(1), kShowMarkedForAction));
+  EXPECT_FALSE(MatchesShowMode(s.file(1), kShowUndecided));
+  s.file(1).Action = 9;
+  EXPECT_TRUE(MatchesShowMode(s.file(1), kShowMarkedForAction));
+}
+
+TEST_F(ActionTextsTest, ConflictDescriptionText) {
+  ScannedSet s(kThreeSources, 1, kDescribed);
+  EXPECT_EQ(ConflictDescriptionText(s.set, 0), "No conflict; all files match");
+  EXPECT_EQ(ConflictDescriptionText(s.set, -1),
+            "Unrecognized situation (INI file is missing or incomplete)");
+  EXPECT_EQ(ConflictDescriptionText(s.set, 1), "Conflict: Every copy changed.");
+  EXPECT_EQ(ConflictDescriptionText(s.set, 2),
+            "Conflict (automatically handled): A source lacks the file.");
+  EXPECT_EQ(ConflictDescriptionText(s.set, 3), "No conflict");
+  s.set.ConflictTypes(1).StringToCustomConfig("+3");
+  EXPECT_EQ(ConflictDescriptionText(s.set, 1),
+            "Conflict (automatically handled): Every copy changed.");
+}
+
+TEST_F(ActionTextsTest, CopyDetailsOfPresentAndMissingCopies) {
+  ScannedSet s(kThreeSources, 1);
+  s.SetCopies(1, {Present(Date(2026, 11, 2, 15, 4), 1536,
+                          kAttrReadOnly | kAttrArchive | kAttrHidden,
+                          Date(2025, 1, 5, 9, 7)),
+                  CopyRecord{0, Date(2025, 1, 5, 21, 30), 77, kAttrArchive},
+                  Present(Date(2024, 3, 9, 0, 30), 1023)});
+  const CopyDetails first = GetCopyDetails(s.file(1), 1);
+  EXPECT_EQ(first.modify_date, "Nov 2, 2026 03:04PM");
+  EXPECT_EQ(first.create_date, "Jan 5, 2025 9:07AM");
+  EXPECT_EQ(first.size, "1.50 KB");
+  EXPECT_EQ(first.attributes, "HRA");
+  // Absent: no size or attributes, but a create date the record kept.
+  const CopyDetails second = GetCopyDetails(s.file(1), 2);
+  EXPECT_EQ(second.modify_date, "Not found");
+  EXPECT_EQ(second.create_date, "Jan 5, 2025 9:30PM");
+  EXPECT_EQ(second.size, "");
+  EXPECT_EQ(second.attributes, "");
+  const CopyDetails third = GetCopyDetails(s.file(1), 3);
+  EXPECT_EQ(third.modify_date, "Mar 9, 2024 12:30AM");
+  EXPECT_EQ(third.create_date, "");
+  EXPECT_EQ(third.size, "1023 bytes");
+  EXPECT_EQ(third.attributes, "");
+}
+
+TEST_F(ActionTextsTest, SummaryOfOneFile) {
+  ScannedSet s(kThreeSources, 1);
+  s.SetCopies(1, Changed());  // copy 3 is the newest
+  s.file(1).Action = kUseNewest;
+  s.file(1).SourceIndex = 3;
+  s.file(1).ActionFlags = kFlagCreate | kFlagProtectMerged;
+  ActionSummary summary;
+  EXPECT_EQ(summary.Count(), 0);
+  summary.Add(s.file(1));
+  EXPECT_EQ(summary.Count(), 1);
+  EXPECT_EQ(summary.CommonAction(), kUseNewest);
+  EXPECT_EQ(summary.CommonCopy(), 3);
+  EXPECT_TRUE(summary.AllNewest());
+  EXPECT_EQ(summary.CheckValue(kFlagCreate), kCheckSet);
+  EXPECT_EQ(summary.CheckValue(kFlagProtectMerged), kCheckSet);
+  EXPECT_EQ(summary.CheckValue(kFlagForceCopy), kCheckClear);
+}
+
+TEST_F(ActionTextsTest, SummaryOfAMixedSelection) {
+  ScannedSet s(kThreeSources, 3);
+  for (long i = 1; i <= 3; ++i) s.SetCopies(i, Changed());
+  s.file(1).Action = kUseNewest;
+  s.file(1).SourceIndex = 3;
+  s.file(1).ActionFlags = kFlagCreate | kFlagForceCopy;
+  s.file(2).Action = kUseNewest;
+  s.file(2).SourceIndex = 3;
+  s.file(2).ActionFlags = kFlagCreate;
+  s.file(3).Action = kDeleteAll;
+  s.file(3).SourceIndex = 1;
+  s.file(3).ActionFlags = kFlagCreate;
+
+  ActionSummary two;
+  two.Add(s.file(1));
+  two.Add(s.file(2));
+  EXPECT_EQ(two.CommonAction(), kUseNewest);
+  EXPECT_EQ(two.CommonCopy(), 3);
+  EXPECT_TRUE(two.AllNewest());
+  EXPECT_EQ(two.CheckValue(kFlagCreate), kCheckSet);
+  EXPECT_EQ(two.CheckValue(kFlagForceCopy), kCheckMixed);
+  EXPECT_EQ(two.CheckValue(kFlagDeleteReadOnly), kCheckClear);
+
+  ActionSummary three;
+  for (long i = 1; i <= 3; ++i) three.Add(s.file(i));
+  EXPECT_EQ(three.Count(), 3);
+  EXPECT_EQ(three.CommonAction(), -1);
+  EXPECT_EQ(three.CommonCopy(), -1);
+  EXPECT_FALSE(three.AllNewest());
+  // Once mixed, a later file equal to the first does not undo it.
+  ActionSummary again;
+  again.Add(s.file(1));
+  again.Add(s.file(3));
+  again.Add(s.file(2));
+  EXPECT_EQ(again.CommonAction(), -1);
+  EXPECT_EQ(again.CommonCopy(), -1);
+}
+
+TEST_F(ActionTextsTest, FlagsThatMatter) {
+  const std::uint16_t kCopyFlags =
+      kFlagCreate | kFlagOverwriteReadOnly | kFlagForceCopy;
+  const struct {
+    bool copying, deleting, merge;
+    std::uint16_t expected;
+  } kCases[] = {
+      {false, false, false, 0},
+      {false, false, true, 0},
+      {true, false, false, kCopyFlags},
+      {true, false, true, kCopyFlags | kFlagProtectMerged},
+      {false, true, false, kFlagDeleteReadOnly},
+      {false, true, true, kFlagDeleteReadOnly | kFlagProtectMerged},
+  };
+  for (const auto& c : kCases) {
+    EXPECT_EQ(FlagsThatMatter(c.copying, c.deleting, c.merge), c.expected)
+        << "copying " << c.copying << " deleting " << c.deleting << " merge "
+        << c.merge;
+  }
+}
+
+TEST_F(ActionTextsTest, HasMergeToFolder) {
+  ScannedSet sources(kThreeSources, 1);
+  EXPECT_FALSE(HasMergeToFolder(sources.set));
+  ScannedSet mirror({kFolderSource, kFolderMirrorTo}, 1);
+  EXPECT_FALSE(HasMergeToFolder(mirror.set));
+  ScannedSet merge({kFolderSource, kFolderMirrorTo, kFolderMergeTo}, 1);
+  EXPECT_TRUE(HasMergeToFolder(merge.set));
+}
+
+TEST_F(ActionTextsTest, ApplyActionTakesTheNewestAndMarksNoEffect) {
+  ScannedSet s(kThreeSources, 1);
+  s.SetCopies(1, Changed());
+  s.file(1).Action = kUndecided;
+  s.file(1).SourceIndex = 1;
+  s.file(1).ActionFlags = kFlagCreate | kFlagNoEffect;
+
+  ApplyAction(s.file(1), kUseNewest, true);
+  EXPECT_EQ(s.file(1).Action, kUseNewest);
+  EXPECT_EQ(s.file(1).SourceIndex, 3);
+  EXPECT_EQ(s.file(1).ActionFlags & kFlagNoEffect, 0);
+  EXPECT_EQ(ActionText(s.file(1)), "Copy #3 (newest)");
+
+  // A specific copy keeps the source index the file has.
+  s.file(1).SourceIndex = 2;
+  ApplyAction(s.file(1), kUseNewest, false);
+  EXPECT_EQ(s.file(1).SourceIndex, 2);
+  EXPECT_EQ(ActionText(s.file(1)), "Copy #2");
+
+  ApplyAction(s.file(1), kDoNothing, true);
+  EXPECT_EQ(s.file(1).SourceIndex, 2);
+  EXPECT_NE(s.file(1).ActionFlags & kFlagNoEffect, 0);
+}
+
+TEST_F(ActionTextsTest, ApplyActionFlagRecomputesNoEffect) {
+  ScannedSet s(kThreeSources, 1);
+  s.SetCopies(1, Same());
+  s.file(1).Action = kUseNewest;
+  s.file(1).SourceIndex = 1;
+  s.file(1).ActionFlags = kFlagCreate;
+  s.file(1).CalcNoEffect();
+  ASSERT_NE(s.file(1).ActionFlags & kFlagNoEffect, 0);
+  // Re-copying identical files is an effect.
+  ApplyActionFlag(s.file(1), kFlagForceCopy, true);
+  EXPECT_EQ(s.file(1).ActionFlags, kFlagCreate | kFlagForceCopy);
+  ApplyActionFlag(s.file(1), kFlagForceCopy, false);
+  EXPECT_EQ(s.file(1).ActionFlags, kFlagCreate | kFlagNoEffect);
+}
+
+TEST_F(ActionTextsTest, PickSourceCopyLeavesTheNoEffectMark) {
+  ScannedSet s(kThreeSources, 1);
+  s.SetCopies(1, Changed());
+  s.file(1).Action = kDeleteAll;
+  s.file(1).SourceIndex = 1;
+  s.file(1).ActionFlags = kFlagCreate | kFlagNoEffect;
+  EXPECT_FALSE(PickSourceCopy(s.file(1), 2));
+  EXPECT_EQ(s.file(1).Action, kUseNewest);
+  EXPECT_EQ(s.file(1).SourceIndex, 2);
+  EXPECT_EQ(s.file(1).ActionFlags, kFlagCreate | kFlagNoEffect);
+  EXPECT_TRUE(PickSourceCopy(s.file(1), 3));
+  EXPECT_EQ(s.file(1).SourceIndex, 3);
+}
+
+TEST_F(ActionTextsTest, ResetToDefaultAndRefreshFromDisk) {
+  ScannedSet s(kThreeSources, 1, kCatalogue);
+  // As scanned, the three copies are the same.
+  ASSERT_EQ(s.file(1).Action, kDoNothing);
+  s.file(1).Action = kDeleteAll;
+  s.file(1).ActionFlags = 0;
+  ResetToDefault(s.file(1));
+  EXPECT_EQ(s.file(1).Action, kDoNothing);
+  EXPECT_NE(s.file(1).ActionFlags & kFlagNoEffect, 0);
+
+  // The copies in records only: the disk still has three equal ones.
+  s.SetCopies(1, Changed());
+  ResetToDefault(s.file(1));
+  EXPECT_EQ(s.file(1).Action, kUseNewest);
+  EXPECT_EQ(s.file(1).ActionFlags & kFlagNoEffect, 0);
+  RefreshFromDisk(s.file(1));
+  EXPECT_EQ(s.file(1).Action, kDoNothing);
+  EXPECT_NE(s.file(1).ActionFlags & kFlagNoEffect, 0);
+  EXPECT_EQ(s.file(1).Copy(2).size, 7);
+}
+
+TEST_F(ActionTextsTest, FirstUndecidedFile) {
+  ScannedSet s(kThreeSources, 3);
+  for (long i = 1; i <= 3; ++i) s.file(i).Action = kDoNothing;
+  EXPECT_EQ(FirstUndecidedFile(s.set), 0);
+  s.file(3).Action = kUndecided;
+  EXPECT_EQ(FirstUndecidedFile(s.set), 3);
+  s.file(2).Action = kUndecided;
+  EXPECT_EQ(FirstUndecidedFile(s.set), 2);
 }
 
 }  // namespace

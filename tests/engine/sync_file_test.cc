@@ -12,6 +12,7 @@
 #include "config/ini_file_section.h"
 #include "engine/synchronizer.h"
 #include "support/recording_user_interface.h"
+#include "support/scanned_folders.h"
 #include "support/section_entries.h"
 #include "support/temp_dir.h"
 #include "support/test_dates.h"
@@ -29,23 +30,6 @@ constexpr std::int32_t kMerge = kFolderMergeTo;
 double Moment(int hour, int minute, int second = 0, int millisecond = 0) {
   return MakeDate(2024, 5, 14, hour, minute, second, millisecond);
 }
-
-// Dates used throughout: the last sync lies between "old" and "fresh".
-// Functions rather than constants: a date is computed by the library, which
-// must not be called before its own statics are set up.
-double Old() { return Moment(9, 0); }
-double SyncDate() { return Moment(10, 0); }
-double Fresh() { return Moment(11, 0); }
-double Fresher() { return Moment(12, 0); }
-
-// An existing copy.
-CopyRecord Present(double modify, std::int32_t size = 100,
-                   std::uint16_t attributes = 0, double create = 0) {
-  return CopyRecord{modify, create, size, attributes};
-}
-
-// A copy that does not exist.
-const CopyRecord kMissing{};
 
 // The state in bits 1-3 and in bits 5-7 of a situation code.
 int ChangedState(int situation) { return (situation >> 1) & 7; }
@@ -70,24 +54,7 @@ class ScannedSet {
  public:
   explicit ScannedSet(const std::vector<std::int32_t>& types,
                       const Entries& catalogue = {}) {
-    for (std::size_t k = 0; k < types.size(); ++k) {
-      const std::string name(1, static_cast<char>('A' + k));
-      if (!MakeDirectory(dir.Join(name))) {
-        throw std::runtime_error("cannot create " + dir.Join(name));
-      }
-      dir.WriteFile(name + "/f.txt", "content");
-      set.PathAdd(dir.Join(name));
-      set.SetPathFlags(static_cast<int>(k + 1), types[k] | kFolderEnabled);
-    }
-    INIFileSection section("Conflict Types");
-    for (const auto& entry : catalogue) {
-      section.AddVar(entry.first, entry.second);
-    }
-    set.ReadConflictInfo(section);
-    set.FileSpec = "*.*";
-    if (!set.BuildActionList() || set.WFileCount() != 1) {
-      throw std::runtime_error("the scan did not give exactly one file");
-    }
+    ScanFolders(set, dir, types, {"f.txt"}, catalogue);
   }
 
   SyncFile& file() { return set.WFile(1); }

@@ -1,0 +1,100 @@
+// The window shown while a set is synchronized: status line, stop button,
+// progress bar and the run's log.
+//
+// The window never drives the run. A 50 ms timer reads the run flags and the
+// current set and refreshes the status line, the button caption and the
+// progress bar; the window's only influence on the run is the current set's
+// StopFlag.
+#ifndef PAIRWELL_UI_RUN_LOG_FORM_H_
+#define PAIRWELL_UI_RUN_LOG_FORM_H_
+
+#include <QString>
+#include <QWidget>
+#include <memory>
+
+class QCloseEvent;
+class QEvent;
+class QHBoxLayout;
+class QLabel;
+class QPlainTextEdit;
+class QProgressBar;
+class QPushButton;
+class QResizeEvent;
+class QTimer;
+class QVBoxLayout;
+
+namespace pairwell {
+
+class LogEchoTarget;
+class Program;
+class Synchronizer;
+
+class LogForm final : public QWidget {
+  Q_OBJECT
+
+ public:
+  // Reads the run flags and the current set of the program (not owned).
+  // The window deletes itself once closed.
+  explicit LogForm(Program& program, QWidget* parent = nullptr);
+  ~LogForm() override;
+
+  // The run's status text, as ManageUI last handed it on; the window's
+  // timer shows it.
+  void SetStatus(const QString& text);
+  // The log box, as the log's echo target. It is detached from the
+  // program's log when the window closes.
+  LogEchoTarget* Echo();
+  // Closes the window without a question (a close made by the program).
+  void Unload();
+
+ protected:
+  bool event(QEvent* event) override;
+  void closeEvent(QCloseEvent* event) override;
+  void resizeEvent(QResizeEvent* event) override;
+
+ private:
+  class LogTextEcho;
+
+  void OnTimer();
+  void OnCloseClicked();
+
+  // Asks whether to stop a run that is performing actions; true for Yes.
+  bool ConfirmStop() const;
+  // Sets the current set's StopFlag.
+  void RequestStop();
+  // The current set's StopFlag; between runs, the last set's as last seen.
+  bool StopRequested() const;
+  // A close that passes without the stop handshake.
+  void CloseQuietly();
+  void DetachEcho();
+  void RefreshProgress();
+  // Stretches the log box to the right and bottom edges; a dimension that
+  // would not be positive keeps its last value.
+  void PlaceLogText();
+
+  Program& program_;
+  QTimer* timer_ = nullptr;
+  QVBoxLayout* layout_ = nullptr;
+  QHBoxLayout* top_row_ = nullptr;
+  QPushButton* close_btn_ = nullptr;
+  QLabel* status_txt_ = nullptr;
+  QProgressBar* progress_bar_ = nullptr;
+  QPlainTextEdit* log_text_ = nullptr;
+  std::unique_ptr<LogTextEcho> echo_;
+
+  // Set by the button once the person stopped the run (its caption becomes
+  // "Close"), or by a close from the close box.
+  bool finished_ = false;
+  // The status text the timer shows while the run goes on.
+  QString status_;
+  // The set the timer saw last (compared only, never dereferenced) and its
+  // StopFlag then, so the final message survives the end of the run.
+  const Synchronizer* seen_set_ = nullptr;
+  bool seen_stop_ = false;
+  // True while the window closes itself: no question, nothing changes.
+  bool closing_quietly_ = false;
+};
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_UI_RUN_LOG_FORM_H_
