@@ -3,6 +3,7 @@
 // (scripts/screenshots.sh runs it under a virtual X server). Message boxes
 // are answered for the person; the interactive run goes on through the
 // confirm window.
+#include <QAction>
 #include <QApplication>
 #include <QDateTime>
 #include <QDir>
@@ -45,6 +46,23 @@ void Shot(QWidget& window, const char* name) {
     std::fprintf(stderr, "pairwell_screenshots: cannot write %s\n",
                  qPrintable(path));
   }
+}
+
+// Runs `open`, which shows a modal dialog, and takes the dialog's picture
+// once it is up, then closes it (as the close box would).
+template <typename Open>
+void ShotModal(const char* name, Open open) {
+  QTimer watch;
+  watch.setInterval(50);
+  QObject::connect(&watch, &QTimer::timeout, [&watch, name] {
+    QWidget* dialog = QApplication::activeModalWidget();
+    if (dialog == nullptr) return;
+    watch.stop();
+    Shot(*dialog, name);
+    dialog->close();
+  });
+  watch.start();
+  open();
 }
 
 // Writes a demo file with a modification time `days_ago` days back.
@@ -171,6 +189,16 @@ int Run() {
                           "since the last synchronization.  Which copy do you "
                           "want to keep?"),
            QStringLiteral("&Laptop|&Backup|&Skip"), 0, QString(), 3);
+
+  ShotModal("OptionForm", [&form] {
+    form.findChild<QPushButton*>(QStringLiteral("SetOptionsBtn"))->click();
+  });
+  ShotModal("CROptionForm", [&form] {
+    form.findChild<QAction*>(QStringLiteral("mnuCROptions"))->trigger();
+  });
+  ShotModal("SyncMultiForm", [&form] {
+    form.findChild<QAction*>(QStringLiteral("mnuSynchronizeMulti"))->trigger();
+  });
 
   form.findChild<QPushButton*>(QStringLiteral("InteractiveSyncBtn"))->click();
   if (front_end.ProgressWindow() != nullptr) {

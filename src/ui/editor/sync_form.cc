@@ -27,6 +27,9 @@
 #include "config/ini_file_section.h"
 #include "engine/action_texts.h"
 #include "engine/synchronizer.h"
+#include "ui/editor/cr_option_form.h"
+#include "ui/editor/option_form.h"
+#include "ui/editor/sync_multi_form.h"
 #include "ui/help_pages.h"
 #include "ui/qt_front_end.h"
 #include "ui/run/about_form.h"
@@ -230,10 +233,8 @@ void SyncForm::CreateMenus() {
                "&Interactive Synchronize...", nullptr),
           &QAction::triggered, this, [this] { Synchronize(true); });
   separator(mnu_file_, "mnuFileS1");
-  // Choosing several sets comes with the multi-set dialog.
   item(mnu_file_, "mnuSynchronizeMulti", "Synchronize &multiple sets...",
-       nullptr)
-      ->setEnabled(false);
+       &SyncForm::SynchronizeMulti);
   item(mnu_file_, "mnuSynchronizeAll", "Synchronize &all sets",
        &SyncForm::SynchronizeAll);
   separator(mnu_file_, "mnuFileS2");
@@ -253,12 +254,9 @@ void SyncForm::CreateMenus() {
   item(mnu_sync_sets_, "mnuRemoveSyncSet", "&Remove",
        &SyncForm::RemoveSyncSet);
   separator(mnu_sync_sets_, "mnuSyncSetsS1");
-  // The set dialogs come with their own work; until then the commands
-  // are shown but off.
-  item(mnu_sync_sets_, "mnuOptions", "&Options...", nullptr)->setEnabled(false);
+  item(mnu_sync_sets_, "mnuOptions", "&Options...", &SyncForm::ShowOptions);
   item(mnu_sync_sets_, "mnuCROptions", "&Conflict-Resolution Options...",
-       nullptr)
-      ->setEnabled(false);
+       &SyncForm::ShowCROptions);
   QAction* list_separator = mnu_sync_sets_->addSeparator();
   list_separator->setObjectName(QStringLiteral("mnuSetList"));
   list_separator->setData(0);
@@ -284,7 +282,8 @@ void SyncForm::ConnectControls() {
   });
   connect(set_up_btn_, &QToolButton::clicked, this, [this] { MoveSet(-1); });
   connect(set_down_btn_, &QToolButton::clicked, this, [this] { MoveSet(1); });
-  set_options_btn_->setEnabled(false);
+  connect(set_options_btn_, &QPushButton::clicked, this,
+          &SyncForm::ShowOptions);
 
   connect(folders_, &QTreeWidget::itemClicked, this,
           [this](QTreeWidgetItem* item, int) { OnFolderClicked(item); });
@@ -470,7 +469,6 @@ void SyncForm::AutoEnable() {
   const bool recursive = cur_set_ != nullptr && cur_set_->Recursive;
   folder_spec_->setEnabled(recursive);
   folder_exclude_spec_->setEnabled(recursive);
-  set_options_btn_->setEnabled(false);
 }
 
 // --- Sets ----------------------------------------------------------------------
@@ -794,6 +792,30 @@ void SyncForm::SynchronizeAll() {
     sets.push_back(&program_.SyncSets().Item(i));
   }
   RunSets(sets, false);
+}
+
+void SyncForm::SynchronizeMulti() {
+  if (multi_form_ == nullptr) multi_form_ = new SyncMultiForm(program_, this);
+  multi_form_->UpdateList();
+  const std::vector<int> chosen = multi_form_->ChooseSets();
+  if (chosen.empty()) return;
+  // The set on show runs with what the window shows of it.
+  SaveControlsToSet();
+  std::vector<Synchronizer*> sets;
+  for (const int i : chosen) sets.push_back(&program_.SyncSets().Item(i));
+  RunSets(sets, false);
+}
+
+void SyncForm::ShowOptions() {
+  if (option_form_ == nullptr) option_form_ = new OptionForm(this);
+  option_form_->DoOptionsDialog(*cur_set_);
+  // The folder filters follow a changed recursion option.
+  AutoEnable();
+}
+
+void SyncForm::ShowCROptions() {
+  if (cr_option_form_ == nullptr) cr_option_form_ = new CROptionForm(this);
+  cr_option_form_->DoOptionsDialog(*cur_set_);
 }
 
 void SyncForm::ShowAbout() {

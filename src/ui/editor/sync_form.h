@@ -24,9 +24,12 @@ class QTreeWidgetItem;
 
 namespace pairwell {
 
+class CROptionForm;
+class OptionForm;
 class Program;
 class QtFrontEnd;
 class Synchronizer;
+class SyncMultiForm;
 
 class SyncForm final : public QMainWindow {
   Q_OBJECT
@@ -134,6 +137,9 @@ class SyncForm final : public QMainWindow {
   void RemoveSyncSet();
   void Synchronize(bool interactive);
   void SynchronizeAll();
+  void SynchronizeMulti();
+  void ShowOptions();
+  void ShowCROptions();
   void RunSets(const std::vector<Synchronizer*>& sets, bool interactive);
   void ShowAbout();
   void ShowHelp(const QString& page);
@@ -179,6 +185,12 @@ class SyncForm final : public QMainWindow {
   QPushButton* sync_btn_ = nullptr;
   QPushButton* interactive_sync_btn_ = nullptr;
   QPushButton* help_btn_ = nullptr;
+
+  // The set dialogs, made on first use and kept (the multi-set dialog keeps
+  // its selection from one opening to the next).
+  OptionForm* option_form_ = nullptr;
+  CROptionForm* cr_option_form_ = nullptr;
+  SyncMultiForm* multi_form_ = nullptr;
 
   QMenu* mnu_file_ = nullptr;
   QMenu* mnu_sync_sets_ = nullptr;
