@@ -19,14 +19,14 @@
 
 #include "app/program.h"
 #include "engine/synchronizer.h"
+#include "support/test_dates.h"
 #include "ui/editor/cr_option_form.h"
 #include "ui/editor/option_form.h"
 #include "ui/scripted_front_end.h"
 #include "util/date_time.h"
 
 using pairwell::CROptionForm;
-using pairwell::DateFromParts;
-using pairwell::DateParts;
+using pairwell::MakeDate;
 using pairwell::OptionForm;
 using pairwell::Program;
 using pairwell::ScriptedFrontEnd;
@@ -41,17 +41,6 @@ const char kBadDate[] =
 
 // Dates count in days; one millisecond is about 1.16e-8.
 constexpr double kMs = 1.0 / 86400000.0;
-
-double Day(int y, int mo, int d, int h = 0, int mi = 0, int s = 0) {
-  DateParts p;
-  p.year = y;
-  p.month = mo;
-  p.day = d;
-  p.hour = h;
-  p.minute = mi;
-  p.second = s;
-  return DateFromParts(p);
-}
 
 // One program with one set, as the main window would have it.
 struct Fixture {
@@ -247,7 +236,7 @@ class OptionFormTest : public QObject {
     s.ArchiveOverwritten = false;
     s.ArchivePath = "/srv/archive";
     s.SmartSync = false;
-    s.LastSyncDate = Day(2026, 11, 22, 14, 5, 30);
+    s.LastSyncDate = MakeDate(2026, 11, 22, 14, 5, 30);
     s.Recursive = false;
     s.SyncFolders = true;
     s.DefActionFlags = 8 | 16;
@@ -321,7 +310,7 @@ class OptionFormTest : public QObject {
     QVERIFY(s.ArchiveOverwritten);
     QCOMPARE(s.ArchivePath, std::string(" /mnt/old files "));
     QVERIFY(!s.SmartSync);
-    QVERIFY(std::fabs(s.LastSyncDate - Day(2025, 3, 4, 5, 6, 7)) < kMs);
+    QVERIFY(std::fabs(s.LastSyncDate - MakeDate(2025, 3, 4, 5, 6, 7)) < kMs);
     QVERIFY(!s.Recursive);
     QVERIFY(s.SyncFolders);
     // The read-only bits are set; the other bits stay as they were.
@@ -348,13 +337,13 @@ class OptionFormTest : public QObject {
     QCOMPARE(s.DefActionFlags, 8 | 1 | 4 | 128);
     QVERIFY(!s.ArchiveDeleted);
     QVERIFY(!s.UseLogFile);
-    QVERIFY(std::fabs(s.LastSyncDate - Day(2025, 3, 4, 5, 6, 7)) < kMs);
+    QVERIFY(std::fabs(s.LastSyncDate - MakeDate(2025, 3, 4, 5, 6, 7)) < kMs);
   }
 
   void CancelWritesNothing() {
     Fixture f;
     Synchronizer& s = *f.set;
-    s.LastSyncDate = Day(2024, 1, 2, 3, 4, 5);
+    s.LastSyncDate = MakeDate(2024, 1, 2, 3, 4, 5);
     s.LogFileName = "log.txt";
     const Options before(s);
     OptionForm form;
@@ -406,7 +395,7 @@ class OptionFormTest : public QObject {
     QVERIFY(r.shown);
 
     for (const char* typed : {"never", "NEVER", "  nEvEr  "}) {
-      s.LastSyncDate = Day(2020, 5, 6, 7, 8, 9);
+      s.LastSyncDate = MakeDate(2020, 5, 6, 7, 8, 9);
       r = Run(form, s, [typed](OptionForm& d) {
         Type(d, "LastSyncDate", QString::fromLatin1(typed));
         Button(d, "OKBtn")->click();
@@ -421,7 +410,7 @@ class OptionFormTest : public QObject {
   void ClearedDateKeepsTheOldOne() {
     Fixture f;
     Synchronizer& s = *f.set;
-    const double old = Day(2021, 7, 8, 9, 10, 11) + 123 * kMs;
+    const double old = MakeDate(2021, 7, 8, 9, 10, 11) + 123 * kMs;
     s.LastSyncDate = old;
     OptionForm form;
     RunResult r = Run(form, s, [](OptionForm& d) {
@@ -470,7 +459,7 @@ class OptionFormTest : public QObject {
     if (german) QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
     Fixture f;
     Synchronizer& s = *f.set;
-    const double old = Day(2022, 2, 3, 4, 5, 6);
+    const double old = MakeDate(2022, 2, 3, 4, 5, 6);
     s.LastSyncDate = old;
     const Options before(s);
     bool still_open = false;
@@ -510,7 +499,7 @@ class OptionFormTest : public QObject {
     QVERIFY(open_after_first);
     QVERIFY(!r.left_open);
     QCOMPARE(f.ui.messages.size(), std::size_t{1});
-    QVERIFY(std::fabs(s.LastSyncDate - Day(2026, 11, 22, 14, 5)) < kMs);
+    QVERIFY(std::fabs(s.LastSyncDate - MakeDate(2026, 11, 22, 14, 5)) < kMs);
 
     // Reopening shows the set again, not the text typed last time.
     const RunResult again = Run(form, s, [](OptionForm& d) {
@@ -524,7 +513,7 @@ class OptionFormTest : public QObject {
   void DateBefore1900IsStoredThenRefused() {
     Fixture f;
     Synchronizer& s = *f.set;
-    s.LastSyncDate = Day(2022, 2, 3);
+    s.LastSyncDate = MakeDate(2022, 2, 3);
     s.Recursive = true;
     bool still_open = false;
     OptionForm form;
@@ -567,7 +556,7 @@ class OptionFormTest : public QObject {
     QCOMPARE(expected, shown);
     Fixture f;
     Synchronizer& s = *f.set;
-    s.LastSyncDate = Day(2026, 11, 22, 14, 5, 30);
+    s.LastSyncDate = MakeDate(2026, 11, 22, 14, 5, 30);
     OptionForm form;
     QString text;
     const RunResult r = Run(form, s, [&](OptionForm& d) {
@@ -582,8 +571,8 @@ class OptionFormTest : public QObject {
     QTest::addColumn<bool>("german");
     QTest::addColumn<QString>("typed");
     QTest::addColumn<double>("expected");
-    const double minute = Day(2026, 11, 22, 14, 5);
-    const double second = Day(2026, 11, 22, 14, 5, 7);
+    const double minute = MakeDate(2026, 11, 22, 14, 5);
+    const double second = MakeDate(2026, 11, 22, 14, 5, 7);
     const QDateTime with_seconds(QDate(2026, 11, 22), QTime(14, 5, 7));
     for (const bool german : {false, true}) {
       const QLocale locale =
@@ -608,11 +597,11 @@ class OptionFormTest : public QObject {
       *row("older stored form")
           << german << QStringLiteral("11/22/2026 2:05:07 PM") << second;
       *row("stored date") << german << QStringLiteral("2026-11-22")
-                          << Day(2026, 11, 22);
+                          << MakeDate(2026, 11, 22);
       *row("short date") << german
                          << locale.toString(QDate(2026, 11, 22),
                                             QLocale::ShortFormat)
-                         << Day(2026, 11, 22);
+                         << MakeDate(2026, 11, 22);
     }
     QTest::newRow("en literal short") << false
                                       << QStringLiteral("11/22/26 2:05 PM")
@@ -622,7 +611,7 @@ class OptionFormTest : public QObject {
                                         << minute;
     QTest::newRow("en last century") << false
                                      << QStringLiteral("1/2/99 3:04 AM")
-                                     << Day(1999, 1, 2, 3, 4);
+                                     << MakeDate(1999, 1, 2, 3, 4);
     QTest::newRow("de literal short") << true
                                       << QStringLiteral("22.11.26 14:05")
                                       << minute;
@@ -638,7 +627,7 @@ class OptionFormTest : public QObject {
     if (german) QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
     Fixture f;
     Synchronizer& s = *f.set;
-    s.LastSyncDate = Day(2001, 1, 1);
+    s.LastSyncDate = MakeDate(2001, 1, 1);
     OptionForm form;
     const RunResult r = Run(form, s, [&](OptionForm& d) {
       Type(d, "LastSyncDate", typed);
@@ -902,7 +891,7 @@ class OptionFormTest : public QObject {
     Synchronizer& b = f.program.NewSyncSet("Music");
     a.UseLogFile = true;
     a.LogFileName = "a.txt";
-    a.LastSyncDate = Day(2020, 1, 1, 12, 0);
+    a.LastSyncDate = MakeDate(2020, 1, 1, 12, 0);
     b.UseLogFile = false;
     b.LogFileName = "b.txt";
     OptionForm form;
@@ -940,8 +929,8 @@ class OptionFormTest : public QObject {
     // What the box shows reads back as the same minute, in both locales.
     const QLocale de(QLocale::German, QLocale::Germany);
     for (const QLocale& locale : {us, de}) {
-      for (const double d : {Day(1999, 12, 31, 23, 59), Day(2026, 1, 2, 3, 4),
-                             Day(2045, 6, 7, 8, 9)}) {
+      for (const double d : {MakeDate(1999, 12, 31, 23, 59), MakeDate(2026, 1, 2, 3, 4),
+                             MakeDate(2045, 6, 7, 8, 9)}) {
         double back = 0;
         QVERIFY(pairwell::ParseLastSyncDate(
             pairwell::LastSyncDateText(d, locale), locale, &back));
