@@ -83,66 +83,6 @@ struct CopyDetails {
 };
 CopyDetails GetCopyDetails(const SyncFile& file, int j);
 
-// The state of a flag check box over several files.
-constexpr int kCheckClear = 0;
-constexpr int kCheckSet = 1;
-constexpr int kCheckMixed = 2;
-
-// What a selection of files has in common, folded one file at a time in
-// list order.
-class ActionSummary {
- public:
-  void Add(const SyncFile& file);
-
-  long Count() const { return count_; }
-  // The first file's action, or -1 once another file's differs.
-  std::int32_t CommonAction() const { return common_action_; }
-  // The first file's source index, or -1 once another file's differs.
-  std::int32_t CommonCopy() const { return common_copy_; }
-  // Whether every file's source index is its newest copy.
-  bool AllNewest() const { return all_newest_; }
-  // The OR of the files' flags, and of their complements.
-  std::uint16_t AnySet() const { return any_set_; }
-  std::uint16_t AnyClear() const { return any_clear_; }
-  // kCheckMixed when the bit is set in some files and clear in others,
-  // kCheckSet when set in all, else kCheckClear.
-  int CheckValue(std::uint16_t bit) const;
-
- private:
-  long count_ = 0;
-  std::int32_t common_action_ = -1;
-  std::int32_t common_copy_ = -1;
-  bool all_newest_ = true;
-  std::uint16_t any_set_ = 0;
-  std::uint16_t any_clear_ = 0;
-};
-
-// The action flags whose check boxes mean something for an action being
-// chosen: the copy options when copying, the read-only delete option when
-// deleting, the merge-to protection for either when the set has a merge-to
-// folder.
-std::uint16_t FlagsThatMatter(bool copying, bool deleting, bool has_merge_to);
-
-// Whether some working folder of the run is a merge-to folder.
-bool HasMergeToFolder(const Synchronizer& set);
-
-// The person's edits of a file's action, each keeping the no-effect mark
-// right: the action (with the newest copy as source when take_newest and
-// the action copies), one flag set or cleared, the default action again,
-// and the copies read again from the disk with the default action they now
-// call for.
-void ApplyAction(SyncFile& file, std::int32_t action, bool take_newest);
-void ApplyActionFlag(SyncFile& file, std::uint16_t bit, bool set);
-void ResetToDefault(SyncFile& file);
-void RefreshFromDisk(SyncFile& file);
-
-// Makes copy j the one copied over the others. The no-effect mark is left
-// as it was. True when j is the file's newest copy.
-bool PickSourceCopy(SyncFile& file, int j);
-
-// The 1-based index of the first undecided file of the run; 0 when none.
-long FirstUndecidedFile(const Synchronizer& set);
-
 }  // namespace pairwell
 
 #endif  // PAIRWELL_ENGINE_ACTION_TEXTS_H_

@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "config/ini_file_section.h"
+#include "engine/action_edits.h"
+#include "engine/action_summary.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
 #include "support/recording_user_interface.h"

@@ -27,6 +27,8 @@
 
 #include "app/program.h"
 #include "config/ini_file_section.h"
+#include "engine/action_edits.h"
+#include "engine/action_summary.h"
 #include "engine/action_texts.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"

@@ -12,7 +12,6 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTimer>
 #include <QTreeWidget>
 #include <QtTest>
 #include <fstream>
@@ -31,10 +30,12 @@
 #include "engine/synchronizer.h"
 #include "support/temp_dir.h"
 #include "ui/editor/cr_option_form.h"
+#include "ui/modal_driver.h"
 #include "ui/scripted_front_end.h"
 
 using pairwell::ConflictDescriptor;
 using pairwell::CROptionForm;
+using pairwell::ModalDriver;
 using pairwell::INIFileSection;
 using pairwell::Program;
 using pairwell::ScriptedFrontEnd;
@@ -152,24 +153,9 @@ void ClickRow(CROptionForm& form, int r) {
 // check inside it cannot hang the test.
 bool RunDialog(CROptionForm& form, Synchronizer& set,
                const std::function<void(CROptionForm&)>& step) {
-  bool ran = false;
-  QTimer poll;
-  poll.setInterval(20);
-  QObject::connect(&poll, &QTimer::timeout, &form, [&] {
-    if (ran || QApplication::activeModalWidget() != &form) return;
-    ran = true;
-    poll.stop();
-    step(form);
-    if (form.isVisible()) form.reject();
-  });
-  QTimer guard;
-  guard.setSingleShot(true);
-  guard.setInterval(15000);
-  QObject::connect(&guard, &QTimer::timeout, &form, [&] { form.reject(); });
-  poll.start();
-  guard.start();
+  ModalDriver driver([&form, &step](QWidget&) { step(form); }, &form);
   form.DoOptionsDialog(set);
-  return ran;
+  return driver.acted();
 }
 
 void ClickOK(CROptionForm& form) { Get<QPushButton>(form, "OKBtn")->click(); }

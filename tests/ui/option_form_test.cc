@@ -22,11 +22,13 @@
 #include "support/test_dates.h"
 #include "ui/editor/cr_option_form.h"
 #include "ui/editor/option_form.h"
+#include "ui/modal_driver.h"
 #include "ui/scripted_front_end.h"
 #include "util/date_time.h"
 
 using pairwell::CROptionForm;
 using pairwell::MakeDate;
+using pairwell::ModalDriver;
 using pairwell::OptionForm;
 using pairwell::Program;
 using pairwell::ScriptedFrontEnd;
@@ -131,25 +133,15 @@ struct RunResult {
 RunResult Run(OptionForm& form, Synchronizer& set,
               const std::function<void(OptionForm&)>& script) {
   RunResult result;
-  QTimer poll;
-  poll.setInterval(20);
-  QObject::connect(&poll, &QTimer::timeout, [&] {
-    if (QApplication::activeModalWidget() != &form) return;
-    poll.stop();
-    result.shown = true;
-    result.caption = form.windowTitle();
-    script(form);
-    result.left_open = form.isVisible();
-    if (form.isVisible()) Button(form, "CancelBtn")->click();
-  });
-  // A script that fails must not hang the test.
-  QTimer watchdog;
-  watchdog.setSingleShot(true);
-  QObject::connect(&watchdog, &QTimer::timeout, [] {
-    while (QWidget* modal = QApplication::activeModalWidget()) modal->close();
-  });
-  poll.start();
-  watchdog.start(15000);
+  ModalDriver driver(
+      [&](QWidget&) {
+        result.shown = true;
+        result.caption = form.windowTitle();
+        script(form);
+        result.left_open = form.isVisible();
+        if (form.isVisible()) Button(form, "CancelBtn")->click();
+      },
+      &form);
   form.DoOptionsDialog(set);
   return result;
 }

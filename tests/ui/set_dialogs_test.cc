@@ -8,7 +8,6 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTimer>
 #include <QTreeWidget>
 #include <QtTest>
 #include <functional>
@@ -21,31 +20,10 @@
 #include "engine/synchronizer.h"
 #include "support/test_dates.h"
 #include "ui/main_window_harness.h"
+#include "ui/modal_driver.h"
 
 namespace pairwell {
 namespace {
-
-// Acts on the next modal dialog once it is up; `act` must close it.
-class ModalDriver {
- public:
-  explicit ModalDriver(std::function<void(QWidget&)> act) : act_(std::move(act)) {
-    timer_.setInterval(20);
-    QObject::connect(&timer_, &QTimer::timeout, [this] {
-      QWidget* dialog = QApplication::activeModalWidget();
-      if (dialog == nullptr) return;
-      timer_.stop();
-      dialog_name_ = dialog->objectName();
-      act_(*dialog);
-    });
-    timer_.start();
-  }
-  const QString& dialog_name() const { return dialog_name_; }
-
- private:
-  std::function<void(QWidget&)> act_;
-  QTimer timer_;
-  QString dialog_name_;
-};
 
 template <typename T>
 T* In(QWidget& dialog, const char* name) {

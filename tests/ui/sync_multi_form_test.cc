@@ -3,14 +3,12 @@
 // the selection carried from one opening to the next.
 #include <QAbstractItemView>
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QList>
 #include <QListWidget>
 #include <QPushButton>
 #include <QStringList>
-#include <QTimer>
 #include <QtTest>
 #include <functional>
 #include <initializer_list>
@@ -21,6 +19,7 @@
 #include "engine/sync_set_list.h"
 #include "engine/synchronizer.h"
 #include "ui/editor/sync_multi_form.h"
+#include "ui/modal_driver.h"
 #include "ui/scripted_front_end.h"
 #include "util/user_interface.h"
 
@@ -91,31 +90,18 @@ struct Session {
 Session Open(SyncMultiForm& form,
              const std::function<void(SyncMultiForm&)>& act) {
   Session session;
-  bool acted = false;
-  QElapsedTimer clock;
-  clock.start();
-  QTimer poll;
-  poll.setInterval(20);
-  QObject::connect(&poll, &QTimer::timeout, [&] {
-    if (!acted) {
-      if (QApplication::activeModalWidget() == &form) {
-        acted = true;
+  ModalDriver driver(
+      [&](QWidget&) {
         session.opened = true;
         session.selected_at_opening = SelectedRows(form);
         act(form);
-      } else if (clock.elapsed() > 10000 && form.isVisible()) {
-        form.reject();  // never became modal: do not hang
-      }
-      return;
-    }
-    if (form.isVisible()) {
-      session.left_open = true;
-      Button(form, "CancelBtn")->click();
-    }
-  });
-  poll.start();
+        if (form.isVisible()) {
+          session.left_open = true;
+          Button(form, "CancelBtn")->click();
+        }
+      },
+      &form);
   session.chosen = form.ChooseSets();
-  poll.stop();
   session.cancelled = form.Cancelled();
   return session;
 }

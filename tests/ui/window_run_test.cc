@@ -19,6 +19,7 @@
 #include "app/program.h"
 #include "engine/synchronizer.h"
 #include "ui/main_window_harness.h"
+#include "ui/modal_driver.h"
 #include "ui/run/log_form.h"
 
 namespace pairwell {
@@ -104,22 +105,12 @@ class WindowRunTest : public QObject {
     QVERIFY(PutFile(a + "/new.txt", "fresh", kOld));
     MainWindowHarness h(SetSection("Docs", {a.toStdString(), b.toStdString()}),
                         "", /*with_catalogue=*/true);
-    // The confirm window opens during the run: watch for it, then close it.
-    bool confirm_shown = false;
-    QTimer watch;
-    watch.setInterval(20);
-    QObject::connect(&watch, &QTimer::timeout, [&] {
-      QWidget* modal = QApplication::activeModalWidget();
-      if (modal == nullptr) return;
-      confirm_shown = modal->objectName() == QStringLiteral("ConfirmForm");
-      modal->close();
-      watch.stop();
-    });
-    watch.start();
+    // The confirm window opens during the run; its close box ends it.
+    ModalDriver driver([](QWidget& confirm) { confirm.close(); });
 
     QTest::mouseClick(h.Find<QPushButton>("InteractiveSyncBtn"), Qt::LeftButton);
 
-    QVERIFY(confirm_shown);
+    QCOMPARE(driver.dialog_name(), QStringLiteral("ConfirmForm"));
     // Closing the confirm window cancels the run: nothing was copied.
     QVERIFY(!QFile::exists(b + "/new.txt"));
   }
@@ -135,13 +126,8 @@ class WindowRunTest : public QObject {
                         "", /*with_catalogue=*/true);
     // In the confirm window: skip.txt gets "Do nothing", then Continue.
     bool changed = false;
-    QTimer watch;
-    watch.setInterval(20);
-    QObject::connect(&watch, &QTimer::timeout, [&] {
-      QWidget* modal = QApplication::activeModalWidget();
-      if (modal == nullptr) return;
-      watch.stop();
-      auto* list = modal->findChild<QTreeView*>(QStringLiteral("FileList"));
+    ModalDriver driver([&](QWidget& modal) {
+      auto* list = modal.findChild<QTreeView*>(QStringLiteral("FileList"));
       QAbstractItemModel* rows = list->model();
       for (int r = 0; r < rows->rowCount(); ++r) {
         const QModelIndex index = rows->index(r, 0);
@@ -149,13 +135,12 @@ class WindowRunTest : public QObject {
         list->selectionModel()->setCurrentIndex(
             index, QItemSelectionModel::ClearAndSelect |
                        QItemSelectionModel::Rows);
-        modal->findChild<QRadioButton*>(QStringLiteral("DoNothing"))->click();
+        modal.findChild<QRadioButton*>(QStringLiteral("DoNothing"))->click();
         changed = rows->data(rows->index(r, 2)).toString() ==
                   QStringLiteral("Do Nothing");
       }
-      modal->findChild<QPushButton*>(QStringLiteral("ContinueBtn"))->click();
+      modal.findChild<QPushButton*>(QStringLiteral("ContinueBtn"))->click();
     });
-    watch.start();
 
     QTest::mouseClick(h.Find<QPushButton>("InteractiveSyncBtn"), Qt::LeftButton);
 

@@ -20,6 +20,8 @@
 #include <algorithm>
 
 #include "app/program.h"
+#include "engine/action_edits.h"
+#include "engine/action_summary.h"
 #include "engine/sync_file.h"
 #include "engine/synchronizer.h"
 #include "ui/help_pages.h"
