@@ -143,7 +143,6 @@ class ShotFrontEnd final : public QtFrontEnd {
 
   Confirmation ConfirmActions(Synchronizer& set) override {
     ConfirmForm form(*program_, set, DialogParent());
-    form.resize(900, 560);
     QTimer::singleShot(300, &form, [&form] {
       Shot(form, "ConfirmForm");
       if (auto* go_on = form.findChild<QPushButton*>(QStringLiteral("ContinueBtn"))) {

@@ -184,7 +184,9 @@ void ConfirmForm::CreateControls() {
       QStringLiteral("Attrib"),
   });
   folder_list_->header()->setSectionsMovable(false);
-  folder_list_->setColumnWidth(kLocation, 260);
+  // The folder paths take the room the window has; the details keep theirs.
+  folder_list_->header()->setStretchLastSection(false);
+  folder_list_->header()->setSectionResizeMode(kLocation, QHeaderView::Stretch);
   folder_list_->setColumnWidth(kModifyDate, 150);
   folder_list_->setColumnWidth(kCreateDate, 150);
   folder_list_->setColumnWidth(kFileSize, 80);

@@ -124,7 +124,7 @@ LogForm::LogForm(Program& program, QWidget* parent)
   layout_->addLayout(top_row_);
   layout_->addWidget(progress_bar_);
   layout_->addStretch(1);
-  resize(560, 380);
+  resize(720, 440);
 
   timer_ = new QTimer(this);
   timer_->setObjectName("Timer");
