@@ -1,9 +1,11 @@
 # The two commands a newcomer needs: `make run` and `make test`.
 BUILD_DIR ?= build
 TEST_DIR ?= build-sanitize
+FUZZ_DIR ?= build-fuzz
+FUZZ_SECONDS ?= 30
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps build run test screenshots bench-scan bench-copy bench-confirm clean
+.PHONY: all deps build run test fuzz screenshots bench-scan bench-copy bench-ini bench-confirm clean
 
 all: build
 
@@ -17,11 +19,18 @@ build: deps
 run: build
 	@scripts/run-demo.sh $(BUILD_DIR)
 
-# Tests run under AddressSanitizer and UndefinedBehaviorSanitizer.
+# Tests run under AddressSanitizer and UndefinedBehaviorSanitizer, then a
+# short run of every fuzz target.
 test: deps
 	cmake -S . -B $(TEST_DIR) -DCMAKE_BUILD_TYPE=Debug -DPAIRWELL_SANITIZE=ON
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
+	@scripts/fuzz.sh $(FUZZ_DIR) $(FUZZ_SECONDS)
+
+# Every fuzz target for FUZZ_SECONDS (make fuzz FUZZ_SECONDS=600 for a long
+# run), built with clang into $(FUZZ_DIR).
+fuzz: deps
+	@scripts/fuzz.sh $(FUZZ_DIR) $(FUZZ_SECONDS)
 
 # Every window as a PNG in $(BUILD_DIR)/screenshots, rendered under Xvfb.
 screenshots: build
@@ -35,6 +44,10 @@ bench-scan: build
 bench-copy: build
 	bench/copy/run.sh $(BUILD_DIR)
 
+# Loading a configuration of 10,000 and 100,000 sets (linear growth).
+bench-ini: build
+	bench/ini/run.sh $(BUILD_DIR)
+
 # The confirm window's speed on a run of 100,000 files: opening, switching
 # the show mode, applying an action to every file, sorting.
 bench-confirm: deps
@@ -43,4 +56,4 @@ bench-confirm: deps
 	QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/confirm/pairwell_bench_confirm
 
 clean:
-	rm -rf $(BUILD_DIR) $(TEST_DIR)
+	rm -rf $(BUILD_DIR) $(TEST_DIR) $(FUZZ_DIR)

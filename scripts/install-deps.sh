@@ -4,8 +4,9 @@ set -euo pipefail
 
 # The desktop program needs Qt 6 Widgets (its tests run on the offscreen
 # platform); screenshots render under a virtual X server with real fonts.
+# The fuzz targets are built with clang and link its libFuzzer runtime.
 packages=(g++ make cmake libgtest-dev libgmock-dev qt6-base-dev xvfb xauth
-          fonts-dejavu-core)
+          fonts-dejavu-core clang libclang-rt-14-dev)
 
 missing=()
 for p in "${packages[@]}"; do

@@ -11,6 +11,7 @@
 #include "util/path.h"
 #include "util/system.h"
 #include "util/text.h"
+#include "util/text_file.h"
 #include "util/user_interface.h"
 
 namespace pairwell {
@@ -22,6 +23,10 @@ constexpr char kSetSectionPrefix[] = "Sec: ";
 
 bool IsSetSection(const std::string& section_name) {
   return UpperCase(section_name.substr(0, 4)) == "SEC:";
+}
+
+bool IsSetSectionOf(const INIFileSection& section) {
+  return IsSetSection(section.SecName);
 }
 
 // The section of the named set in a store read straight from the file.
@@ -81,7 +86,7 @@ bool Program::SaveLastSyncDates(const std::vector<const Synchronizer*>& sets) {
              kMbExclamation);
       ok = false;
     } else if (set->LastSyncDate > 0) {
-      section->AddVar("LastSyncDate", FormatGeneralDate(set->LastSyncDate));
+      set->WriteLastSync(*section);
       changed = true;
     }
   }
@@ -99,6 +104,8 @@ bool Program::SaveLastSyncDates(const std::vector<const Synchronizer*>& sets) {
 
 bool Program::LoadSettings() {
   INIFile& ini = TheINIFile();
+  // A save cut short by a crash left its temporary file beside the file.
+  RemoveStaleReplacements(GetINIPath(), NowMoment().seconds);
   const bool loaded = ini.LoadFile(GetINIPath());
   const bool has_catalogue = ini.IndexOfSection(kConflictTypesSection) >= 0;
   if (!has_catalogue) {
@@ -107,17 +114,11 @@ bool Program::LoadSettings() {
         "Without it, the program will not be able to synchronize properly.",
         kMbCritical);
   }
-  long i = 1;
-  while (i <= ini.SecCount()) {
-    const std::shared_ptr<INIFileSection> section = ini.SectionI(i);
-    if (!IsSetSection(section->SecName)) {
-      ++i;
-      continue;
-    }
+  // The set sections are rewritten from the sets at every save.
+  for (const std::shared_ptr<INIFileSection>& section :
+       ini.RemoveSectionsIf(IsSetSectionOf)) {
     Synchronizer& set = NewSyncSet(LTrim(section->SecName.substr(4)));
     set.ReadFromINI(*section);
-    // The next section moves into position i.
-    ini.RemoveSectionI(i);
   }
   return loaded && has_catalogue;
 }
@@ -135,14 +136,7 @@ void Program::SaveSettings() {
   INIFile& ini = TheINIFile();
   // Set sections left by an earlier save in this session are rebuilt, so a
   // removed folder or set leaves nothing behind.
-  long i = 1;
-  while (i <= ini.SecCount()) {
-    if (IsSetSection(ini.SectionI(i)->SecName)) {
-      ini.RemoveSectionI(i);
-    } else {
-      ++i;
-    }
-  }
+  ini.RemoveSectionsIf(IsSetSectionOf);
   for (int k = 1; k <= SyncSets().Count(); ++k) {
     const Synchronizer& set = SyncSets().Item(k);
     set.WriteToINI(*ini.AddSection(kSetSectionPrefix + set.Name));

@@ -44,12 +44,33 @@ void AdvanceLastSyncDate(Synchronizer& set) {
   const long incomplete = set.IncompleteFiles();
   if (failed == 0 && incomplete == 0) {
     // Files changed while the run went on count as changed next time.
-    set.LastSyncDate = set.ScanStarted();
+    set.MarkSynchronized();
     return;
   }
   set.TheLog().PrintL("The last synchronization date stays as it was: ", failed,
                       " operations failed and ", incomplete,
                       " files are not in every source folder yet.");
+}
+
+// Whether the set may go on to its actions when they would delete most of a
+// folder. Every warning is logged.
+bool MassDeletionAllowed(Synchronizer& set, const RunState& state,
+                         MassDeletion policy) {
+  const std::vector<std::string> warnings = set.MassDeletionWarnings();
+  if (warnings.empty()) return true;
+  std::string text;
+  for (const std::string& warning : warnings) {
+    set.TheLog().PrintL("Warning: ", warning);
+    text += warning + "\n";
+  }
+  if (policy == MassDeletion::kAllow || state.simulation_mode) return true;
+  if (policy == MassDeletion::kRefuse) {
+    set.ShowErrToUser(text + "\nNothing was changed.", kMbOkOnly);
+    return false;
+  }
+  return set.ShowErrToUser(text + "\nDo you want to delete them?",
+                           kMbYesNo | kMbExclamation | kMbDefaultButton2) ==
+         kIdYes;
 }
 
 // A stop request cancels; an abort answer to an error aborts.
@@ -58,7 +79,8 @@ SetOutcome StoppedOutcome(const Synchronizer& set) {
 }
 
 // Scan, warnings and confirmation, then the actions.
-SetOutcome RunOneSet(Synchronizer& set, RunState& state, FrontEnd& ui) {
+SetOutcome RunOneSet(Synchronizer& set, RunState& state, FrontEnd& ui,
+                     MassDeletion mass_deletion) {
   if (!set.BuildActionList()) {
     return set.StopFlag ? StoppedOutcome(set) : SetOutcome::kFailed;
   }
@@ -73,6 +95,9 @@ SetOutcome RunOneSet(Synchronizer& set, RunState& state, FrontEnd& ui) {
       return SetOutcome::kConfirmationRefused;
     }
     if (set.StopFlag) return SetOutcome::kCancelled;
+  }
+  if (!MassDeletionAllowed(set, state, mass_deletion)) {
+    return SetOutcome::kMassDeletionRefused;
   }
   state.first_phase = false;
   state.busy = true;
@@ -96,6 +121,8 @@ const char* SetOutcomeName(SetOutcome outcome) {
       return "cancelled";
     case SetOutcome::kConfirmationRefused:
       return "confirmation refused";
+    case SetOutcome::kMassDeletionRefused:
+      return "mass deletion refused";
     case SetOutcome::kNotRun:
       break;
   }
@@ -103,14 +130,12 @@ const char* SetOutcomeName(SetOutcome outcome) {
 }
 
 bool RunResult::AllCompleted() const {
-  return std::all_of(outcomes.begin(), outcomes.end(), [](SetOutcome o) {
-    return o == SetOutcome::kCompleted;
-  });
+  return std::all_of(outcomes.begin(), outcomes.end(),
+                     [](SetOutcome o) { return o == SetOutcome::kCompleted; });
 }
 
 bool RunResult::Any(SetOutcome outcome) const {
-  return std::find(outcomes.begin(), outcomes.end(), outcome) !=
-         outcomes.end();
+  return std::find(outcomes.begin(), outcomes.end(), outcome) != outcomes.end();
 }
 
 std::string FutureDateQuestion(const Synchronizer& set, double now) {
@@ -158,8 +183,9 @@ RunResult RunSyncSets(Program& program, const std::vector<Synchronizer*>& sets,
     ui.ShowProgress(caption);
     PrepareLog(set, ui);
     const double date_before = set.LastSyncDate;
-    const SetOutcome outcome = RunOneSet(set, state, ui);
+    const SetOutcome outcome = RunOneSet(set, state, ui, options.mass_deletion);
     result.outcomes[k - 1] = outcome;
+    result.skipped_operations += set.IgnoredErrors();
     if (set.LastSyncDate != date_before) dated.push_back(&set);
     set.FreeSyncData();
     set.TheLog().CloseLog();

@@ -18,6 +18,8 @@ std::string ParseCommandArgs(const std::vector<std::string>& args,
       options->assume_yes = true;
     } else if (arg == "--ignore-errors" && sync) {
       options->ignore_errors = true;
+    } else if (arg == "--allow-mass-delete" && sync) {
+      options->allow_mass_delete = true;
     } else if (arg == "--all" && sync) {
       options->all_sets = true;
     } else if (arg.size() > 1 && arg[0] == '-') {
@@ -82,7 +84,8 @@ std::string UsageText() {
          "  plan [--json] SET    scan SET's folders and show what a sync "
          "would do;\n"
          "                       changes nothing\n"
-         "  sync [--simulate] [--yes] [--ignore-errors] (SET... | --all)\n"
+         "  sync [--simulate] [--yes] [--ignore-errors] [--allow-mass-delete]\n"
+         "       (SET... | --all)\n"
          "                       synchronize the sets, one after another\n"
          "\n"
          "sync options:\n"
@@ -91,6 +94,12 @@ std::string UsageText() {
          "                   actions of conflicts that need confirmation\n"
          "  --ignore-errors  skip a failed copy or deletion and go on "
          "(else abort)\n"
+         "  --allow-mass-delete\n"
+         "                   go on when a set would delete more than half of "
+         "the\n"
+         "                   files of a folder (10 or more); without it such "
+         "a set\n"
+         "                   changes nothing (--yes does not allow it)\n"
          "  --all            every set, in list order\n"
          "\n"
          "SET is a set's name (case is ignored) or its number in the list.\n"
@@ -106,7 +115,16 @@ std::string UsageText() {
          "aborted;\n"
          "2 usage or configuration error; 3 a conflict needs confirmation "
          "(sync\n"
-         "without --yes; nothing was changed).\n";
+         "without --yes) or a mass deletion was not allowed (sync without\n"
+         "--allow-mass-delete): nothing was changed; 4 done, but operations "
+         "failed\n"
+         "and were skipped (--ignore-errors, or the ErrorHandling table) or "
+         "their\n"
+         "files changed during the run: the log names them.\n"
+         "\n"
+         "plan --json writes a name byte that is not UTF-8 as \\udc80..\\udcff "
+         "(U+DC00\n"
+         "plus the byte), so the exact bytes can be restored.\n";
 }
 
 }  // namespace pairwell

@@ -12,15 +12,17 @@ constexpr int kExitOk = 0;
 constexpr int kExitFailed = 1;
 constexpr int kExitUsage = 2;
 constexpr int kExitConfirm = 3;
+constexpr int kExitSkipped = 4;
 
 struct CliOptions {
-  std::string ini_path;        // empty: the usual place
-  std::string command;         // "list", "plan", "sync", "help", "version"
-  bool json = false;           // plan
-  bool simulate = false;       // sync
-  bool assume_yes = false;     // sync
-  bool ignore_errors = false;  // sync
-  bool all_sets = false;       // sync
+  std::string ini_path;            // empty: the usual place
+  std::string command;             // "list", "plan", "sync", "help", "version"
+  bool json = false;               // plan
+  bool simulate = false;           // sync
+  bool assume_yes = false;         // sync
+  bool ignore_errors = false;      // sync
+  bool all_sets = false;           // sync
+  bool allow_mass_delete = false;  // sync
   std::vector<std::string> sets;
 };
 

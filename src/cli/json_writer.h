@@ -10,6 +10,11 @@ namespace pairwell {
 
 // Values are written in the order they are given; Key() precedes each value
 // inside an object. Nesting errors are the caller's (nothing is checked).
+// The text is always valid UTF-8: a string byte that is not part of a UTF-8
+// sequence (file names are bytes) is written as the escape of U+DC00 plus
+// the byte, "\udc80".."\udcff". No real character has such a code, so the
+// bytes can be told apart and restored (Python: json.loads, then
+// encode("utf-8", "surrogateescape")).
 class JsonWriter {
  public:
   JsonWriter& BeginObject();

@@ -57,10 +57,20 @@ int RunSync(Program& program, const CliOptions& options) {
   std::vector<Synchronizer*> sets;
   if (!ResolveSets(program, options, &sets)) return kExitUsage;
   if (options.simulate) program.SetSimulationMode(true);
-  const RunResult result = RunSyncSets(program, sets, RunOptions());
+  RunOptions run;
+  run.mass_deletion =
+      options.allow_mass_delete ? MassDeletion::kAllow : MassDeletion::kRefuse;
+  const RunResult result = RunSyncSets(program, sets, run);
   if (!result.dates_saved) return kExitFailed;
   if (result.Any(SetOutcome::kConfirmationRefused)) return kExitConfirm;
-  return result.AllCompleted() ? kExitOk : kExitFailed;
+  if (result.Any(SetOutcome::kMassDeletionRefused)) {
+    std::fputs(
+        "pairwell-cli: run again with --allow-mass-delete to delete them.\n",
+        stderr);
+    return kExitConfirm;
+  }
+  if (!result.AllCompleted()) return kExitFailed;
+  return result.skipped_operations > 0 ? kExitSkipped : kExitOk;
 }
 
 int Run(const CliOptions& options) {

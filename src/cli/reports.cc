@@ -3,9 +3,9 @@
 #include <algorithm>
 
 #include "cli/json_writer.h"
-#include "engine/sync_set_list.h"
 #include "engine/action_texts.h"
 #include "engine/sync_file.h"
+#include "engine/sync_set_list.h"
 #include "engine/synchronizer.h"
 #include "util/date_time.h"
 
@@ -77,7 +77,8 @@ std::string SetListText(const SyncSetList& sets) {
     for (int j = 1; j <= set.PathCount(); ++j) {
       text += "    " + std::to_string(j) + "  " +
               PadRight(FolderTypeName(set.PathFlags(j)), 15) +
-              PadRight(FolderFlagWords(set.PathFlags(j)), 34) + set.Path(j) + "\n";
+              PadRight(FolderFlagWords(set.PathFlags(j)), 34) + set.Path(j) +
+              "\n";
     }
   }
   return text;
@@ -99,6 +100,9 @@ std::string PlanTable(const Synchronizer& set) {
             "\n";
   }
   text += StatsText(set, CountConflicts(set)) + "\n";
+  for (const std::string& warning : set.MassDeletionWarnings()) {
+    text += "Warning: " + warning + "\n";
+  }
   return text;
 }
 
@@ -130,6 +134,11 @@ std::string PlanJson(const Synchronizer& set) {
   json.Key("autoHandled").Number(counts.auto_handled);
   json.Key("text").String(StatsText(set, counts));
   json.EndObject();
+  json.Key("warnings").BeginArray();
+  for (const std::string& warning : set.MassDeletionWarnings()) {
+    json.String(warning);
+  }
+  json.EndArray();
   json.EndObject();
   return json.text() + "\n";
 }

@@ -12,13 +12,21 @@ namespace pairwell {
 
 INIFile::INIFile() : sections_(1) {}
 
-long INIFile::IndexOfSection(const std::string& name) const {
+void INIFile::IndexSections() const {
+  if (!index_stale_) return;
+  index_.clear();
   for (std::size_t i = 0; i < sections_.size(); ++i) {
-    if (sections_[i] && EqualsNoCase(sections_[i]->SecName, name)) {
-      return static_cast<long>(i);
+    if (sections_[i]) {
+      index_.emplace(UpperCase(sections_[i]->SecName), static_cast<long>(i));
     }
   }
-  return -1;
+  index_stale_ = false;
+}
+
+long INIFile::IndexOfSection(const std::string& name) const {
+  IndexSections();
+  const auto found = index_.find(UpperCase(name));
+  return found == index_.end() ? -1 : found->second;
 }
 
 std::shared_ptr<INIFileSection> INIFile::Section(
@@ -40,6 +48,7 @@ std::shared_ptr<INIFileSection> INIFile::AddSection(const std::string& name) {
   if (section) return section;
   section = std::make_shared<INIFileSection>(name);
   sections_.push_back(section);
+  index_.emplace(UpperCase(name), SecCount());
   return section;
 }
 
@@ -54,12 +63,28 @@ std::shared_ptr<INIFileSection> INIFile::RemoveSectionI(long index) {
   const auto position = sections_.begin() + index;
   std::shared_ptr<INIFileSection> removed = *position;
   sections_.erase(position);
+  index_stale_ = true;
+  return removed;
+}
+
+std::vector<std::shared_ptr<INIFileSection>> INIFile::RemoveSectionsIf(
+    const std::function<bool(const INIFileSection&)>& which) {
+  std::vector<std::shared_ptr<INIFileSection>> removed;
+  std::vector<std::shared_ptr<INIFileSection>> kept;
+  kept.reserve(sections_.size());
+  for (std::size_t i = 0; i < sections_.size(); ++i) {
+    const bool remove = i > 0 && sections_[i] && which(*sections_[i]);
+    (remove ? removed : kept).push_back(sections_[i]);
+  }
+  sections_.swap(kept);
+  index_stale_ = true;
   return removed;
 }
 
 void INIFile::Clear() {
   sections_.clear();
   sections_.push_back(std::make_shared<INIFileSection>());
+  index_stale_ = true;
 }
 
 void INIFile::LoadText(const std::string& text) {

@@ -2,8 +2,10 @@
 #ifndef PAIRWELL_CONFIG_INI_FILE_H_
 #define PAIRWELL_CONFIG_INI_FILE_H_
 
+#include <functional>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "config/ini_file_section.h"
@@ -12,8 +14,10 @@ namespace pairwell {
 
 // Section 0 is the head section: the lines before the first header, written
 // without a header. Sections 1..SecCount() are the named sections in file
-// order, then in order of addition. Section names compare ignoring case.
-// Sections are shared: the lookups hand out the stored object itself.
+// order, then in order of addition. Section names compare ignoring case and
+// are found through an index, so loading is linear in the sections; a
+// section's name must not change while the store holds it. Sections are
+// shared: the lookups hand out the stored object itself.
 class INIFile {
  public:
   // A new store has no head section yet: Clear() or LoadFile() must run
@@ -45,6 +49,10 @@ class INIFile {
   // removes nothing and returns null.
   std::shared_ptr<INIFileSection> RemoveSection(const std::string& name);
   std::shared_ptr<INIFileSection> RemoveSectionI(long index);
+  // Removes, in one pass, every named section for which `which` holds and
+  // returns them in file order; the others keep their order.
+  std::vector<std::shared_ptr<INIFileSection>> RemoveSectionsIf(
+      const std::function<bool(const INIFileSection&)>& which);
 
   // Drops every section and installs a new, empty head section.
   void Clear();
@@ -66,7 +74,13 @@ class INIFile {
   void LoadText(const std::string& text);
 
  private:
+  // Builds the index from the list when it is stale.
+  void IndexSections() const;
+
   std::vector<std::shared_ptr<INIFileSection>> sections_;
+  // Upper-cased name to the index of the first section of that name.
+  mutable std::unordered_map<std::string, long> index_;
+  mutable bool index_stale_ = true;
 };
 
 }  // namespace pairwell

@@ -12,8 +12,10 @@ bool ReadLine(std::istream& in, std::string* line) {
   line->clear();
   std::istream::int_type c = in.get();
   if (c == std::istream::traits_type::eof()) return false;
+  bool cut = false;
   while (c != std::istream::traits_type::eof() && c != '\n' && c != '\r') {
-    line->push_back(static_cast<char>(c));
+    cut = cut || c == '\0';
+    if (!cut) line->push_back(static_cast<char>(c));
     c = in.get();
   }
   if (c == '\r' && in.peek() == '\n') in.get();
@@ -58,6 +60,7 @@ void INIFileSection::WriteVars(std::ostream& out, bool write_heading) const {
 void INIFileSection::ClearVars() {
   entries_.clear();
   comment_count_ = 0;
+  index_stale_ = true;
 }
 
 INIFileSection::Entry& INIFileSection::At(long index) {
@@ -81,6 +84,7 @@ void INIFileSection::SetVarName(long index, const std::string& name) {
   // Keep the comment count true when an entry turns into a comment or back.
   comment_count_ += (name == kComment) - (entry.name == kComment);
   entry.name = name;
+  index_stale_ = true;
 }
 
 const std::string& INIFileSection::VarValue(long index) const {
@@ -92,10 +96,15 @@ void INIFileSection::SetVarValue(long index, const std::string& value) {
 }
 
 long INIFileSection::FindVarIndex(const std::string& name) const {
-  for (std::size_t i = 0; i < entries_.size(); ++i) {
-    if (entries_[i].name == name) return static_cast<long>(i) + 1;
+  if (index_stale_) {
+    index_.clear();
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+      index_.emplace(entries_[i].name, static_cast<long>(i) + 1);
+    }
+    index_stale_ = false;
   }
-  return -1;
+  const auto found = index_.find(name);
+  return found == index_.end() ? -1 : found->second;
 }
 
 void INIFileSection::AddVar(const std::string& name, const std::string& value) {
@@ -109,6 +118,7 @@ void INIFileSection::AddVar(const std::string& name, const std::string& value) {
     ++comment_count_;
   }
   entries_.push_back(Entry{name, value});
+  if (!index_stale_) index_.emplace(name, VarCount());
 }
 
 std::string INIFileSection::FindVar(const std::string& name) const {

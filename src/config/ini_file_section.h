@@ -6,6 +6,7 @@
 #include <istream>
 #include <ostream>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace pairwell {
@@ -81,10 +82,16 @@ class INIFileSection {
 
   std::vector<Entry> entries_;
   long comment_count_ = 0;
+  // Name to the index of the first entry of that name, so that a section of
+  // many entries loads in linear time; rebuilt after a rename.
+  mutable std::unordered_map<std::string, long> index_;
+  mutable bool index_stale_ = true;
 };
 
 // Reads one line ending in CR LF, CR or LF (the end is not stored). Returns
-// false at end of input when no character was read.
+// false at end of input when no character was read. A NUL byte ends the
+// line's text: what follows it up to the line end is dropped, since no
+// value may hold one (a path would end there for the system).
 bool ReadLine(std::istream& in, std::string* line);
 
 }  // namespace pairwell

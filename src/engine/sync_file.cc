@@ -65,7 +65,7 @@ void SyncFile::RefreshFileInfo() {
     if (GetItemInfo(FullPath(i), &entry) &&
         (entry.attributes & kAttrDirectory) == 0) {
       SetCopy(i, CopyRecord{entry.modify_date, entry.create_date, entry.size,
-                            entry.attributes});
+                            entry.attributes, entry.inode});
     } else {
       CopyRecord gone = Copy(i);
       gone.modify_date = 0;
@@ -190,13 +190,15 @@ void SyncFile::CalcNoEffect() {
   }
 }
 
+bool SyncFile::KeptReadOnly(int j) const {
+  return CopyExists(j) &&
+         (Copy(j).attributes & (kAttrReadOnly | kAttrSystem)) != 0 &&
+         (ActionFlags & kFlagOverwriteReadOnly) == 0;
+}
+
 bool SyncFile::CopyNeeded(int j, int s) const {
-  const CopyRecord& dest = Copy(j);
   const bool exists = CopyExists(j);
-  if (exists && (dest.attributes & (kAttrReadOnly | kAttrSystem)) != 0 &&
-      (ActionFlags & kFlagOverwriteReadOnly) == 0) {
-    return false;
-  }
+  if (KeptReadOnly(j)) return false;
   if (!exists && (ActionFlags & kFlagCreate) == 0) return false;
   if (FolderType(j) == kFolderMergeTo &&
       (ActionFlags & kFlagProtectMerged) != 0 &&
@@ -230,11 +232,18 @@ long SyncFile::PerformAction(bool count_only) {
     if (s < 1 || s > count) return 0;
     for (int j = 1; j <= count; ++j) {
       if (!count_only && owner_->StopFlag) break;
-      if (j == s || !CopyNeeded(j, s)) continue;
-      if (CopyExists(s) && FilesSeemTheSame(s, j) &&
-          (ActionFlags & kFlagForceCopy) == 0) {
+      if (j == s) continue;
+      const bool same = CopyExists(s) && FilesSeemTheSame(s, j) &&
+                        (ActionFlags & kFlagForceCopy) == 0;
+      if (!CopyNeeded(j, s)) {
+        if (!count_only && !same && KeptReadOnly(j)) {
+          owner_->TheLog().PrintL("Skipped: ", FullPath(j),
+                                  " is read-only and the action does not "
+                                  "overwrite read-only files");
+        }
         continue;
       }
+      if (same) continue;
       ++operations;
       if (!count_only) CopyOver(s, j);
     }
@@ -252,22 +261,29 @@ bool SyncFile::MakeDestinationFolder(int d) {
       [&] { return MakeDirectoryError(folder); });
 }
 
-bool SyncFile::UnchangedSinceScan(int j) {
-  const std::string path = FullPath(j);
+bool SyncFile::SameAsScanned(int j) const {
   FolderEntry now;
   const bool exists =
-      GetItemInfo(path, &now) && (now.attributes & kAttrDirectory) == 0;
+      GetItemInfo(FullPath(j), &now) && (now.attributes & kAttrDirectory) == 0;
+  if (!exists) return !CopyExists(j);
   const CopyRecord& seen = Copy(j);
-  const bool same = exists ? CopyExists(j) && now.size == seen.size &&
-                                 DatesEqual(now.modify_date, seen.modify_date)
-                           : !CopyExists(j);
-  if (!same) {
-    // Somebody worked on it while the run was being prepared: what was
-    // decided no longer fits it.
-    owner_->TheLog().PrintL("Skipped: ", path, " changed since the scan");
-    owner_->NoteSkipped();
-  }
-  return same;
+  // Another file renamed into its place may have the same size and date.
+  return CopyExists(j) && now.size == seen.size &&
+         DatesEqual(now.modify_date, seen.modify_date) &&
+         (seen.inode == 0 || now.inode == seen.inode);
+}
+
+void SyncFile::SkipChanged(int j) {
+  // Somebody worked on it while the run went on: what was decided no longer
+  // fits it.
+  owner_->TheLog().PrintL("Skipped: ", FullPath(j), " changed since the scan");
+  owner_->NoteSkipped();
+}
+
+bool SyncFile::UnchangedSinceScan(int j) {
+  if (SameAsScanned(j)) return true;
+  SkipChanged(j);
+  return false;
 }
 
 void SyncFile::CopyOver(int s, int d) {
@@ -284,12 +300,25 @@ void SyncFile::CopyOver(int s, int d) {
     owner_->ManageUI();
     return !owner_->StopFlag;
   };
+  // Checked again just before the rename: an edit made while the bytes were
+  // being written would otherwise be lost.
+  bool changed = false;
+  const ReplaceCheck may_replace = [&] {
+    changed = !SameAsScanned(d);
+    return !changed;
+  };
   const bool copied = owner_->WithErrorPolicy(
       "Unable to perform the copy operation:\n\n" + source + " -> " + dest,
       [&] {
         if (read_only) ClearReadOnly(dest);
-        return CopyFileReplacing(source, dest, progress);
+        const int result =
+            CopyFileReplacing(source, dest, progress, may_replace);
+        return result == kDestinationChanged ? 0 : result;
       });
+  if (changed) {
+    SkipChanged(d);
+    return;
+  }
   if (!copied) {
     if (owner_->StopFlag && !owner_->Aborted()) {
       owner_->TheLog().PrintL("Copy stopped: ", dest, " stays as it was");

@@ -46,6 +46,7 @@ struct CopyRecord {
   double create_date = 0;
   std::int32_t size = 0;
   std::uint16_t attributes = 0;
+  std::uint64_t inode = 0;  // 0: unknown (not compared)
 };
 
 // Copies are indexed by working folder, 1..Synchronizer::WPathCount(); the
@@ -126,6 +127,9 @@ class SyncFile : public TreeObject {
   // without kFlagCreate, and not in a merge-to folder under
   // kFlagProtectMerged whose copy is newer than the source.
   bool CopyNeeded(int j, int s) const;
+  // Whether copy j is read-only (or system) and the action may not
+  // overwrite it.
+  bool KeptReadOnly(int j) const;
 
   // Whether copy j may be deleted: it exists, is not in a merge-to folder
   // (those only receive), and is neither read-only nor system unless
@@ -150,6 +154,11 @@ class SyncFile : public TreeObject {
   // Whether copy j on disk is still what the scan saw (present with the
   // same size and date, or still absent); if not, logs and notes the skip.
   bool UnchangedSinceScan(int j);
+  // Whether copy j is on disk as the scan saw it: size, modification date and
+  // file (inode), or still absent.
+  bool SameAsScanned(int j) const;
+  // Logs copy j as skipped because it changed since the scan.
+  void SkipChanged(int j);
   // Makes sure the folder that holds copy d exists; false when the copy is
   // to be given up.
   bool MakeDestinationFolder(int d);

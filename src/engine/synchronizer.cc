@@ -17,14 +17,23 @@ void CheckIndex(int i, int count, const char* what) {
   }
 }
 
-// Empty or unparsable text means never (0); a serial day number and the
-// date layouts of ParseDateText are understood.
-double ReadLastSyncDate(const std::string& text) {
-  double date = 0;
+// Empty text means never (0); a serial day number and the date layouts of
+// ParseDateText are understood. False for any other text, and for a number
+// outside the dates the program can hold.
+bool ReadLastSyncDate(const std::string& text, double* date) {
+  *date = 0;
+  if (Trim(text).empty()) return true;
   double number = 0;
-  if (ParseNumber(text, &number)) date = number;
-  ParseDateText(text, &date);
-  return date;
+  if (ParseNumber(text, &number)) {
+    if (!DateInRange(number)) return false;
+    *date = number;
+    return true;
+  }
+  return ParseDateText(text, date);
+}
+
+bool SameSecond(double a, double b) {
+  return FormatGeneralDate(a) == FormatGeneralDate(b);
 }
 
 }  // namespace
@@ -147,7 +156,7 @@ void Synchronizer::ReadOptions(const INIFileSection& section) {
   ClearLogDaily = flag("ClearLogDaily", "False");
   SmartSync = flag("SmartSync", "True");
   AllowSmartDeletes = flag("AllowSmartDeletes", "True");
-  LastSyncDate = ReadLastSyncDate(section.FindVar2("LastSyncDate", ""));
+  ReadLastSync(section);
   ArchiveDeleted = flag("ArchiveDeleted", "False");
   ArchiveOverwritten = flag("ArchiveOverwritten", "False");
   // The log file's default name stands here too; older files relied on it.
@@ -156,6 +165,63 @@ void Synchronizer::ReadOptions(const INIFileSection& section) {
   ExcludeSpec = section.FindVar2("ExcludeSpec", "");
   FolderSpec = section.FindVar2("FolderSpec", "");
   FolderExcludeSpec = section.FindVar2("FolderExcludeSpec", "");
+}
+
+void Synchronizer::ReadLastSync(const INIFileSection& section) {
+  const std::string text = section.FindVar2("LastSyncDate", "");
+  unusable_last_sync_date_.clear();
+  has_last_sync_moment_ = false;
+  if (!ReadLastSyncDate(text, &LastSyncDate)) {
+    // Kept, so that every run refuses until somebody clears it.
+    unusable_last_sync_date_ = text;
+    return;
+  }
+  // The moment, where it still stands for the date beside it (a date edited
+  // by hand wins), gives the date in the present time zone.
+  std::int64_t moment = 0;
+  double written = 0;
+  if (LastSyncDate <= 0 ||
+      !ParseMoment(section.FindVar2("LastSyncMoment", ""), &moment, &written) ||
+      !SameSecond(written, LastSyncDate)) {
+    return;
+  }
+  const double local = FileTimeToDate(moment, 0);
+  if (local <= 0 || !DateInRange(local)) return;
+  LastSyncDate = local;
+  last_sync_moment_ = moment;
+  has_last_sync_moment_ = true;
+}
+
+void Synchronizer::SetLastSyncDate(double date) {
+  LastSyncDate = date;
+  unusable_last_sync_date_.clear();
+  has_last_sync_moment_ = false;
+}
+
+void Synchronizer::MarkSynchronized() {
+  LastSyncDate = scan_started_;
+  unusable_last_sync_date_.clear();
+  last_sync_moment_ = scan_started_moment_;
+  has_last_sync_moment_ = true;
+}
+
+void Synchronizer::WriteLastSync(INIFileSection& section) const {
+  if (LastSyncDate <= 0) {
+    if (!unusable_last_sync_date_.empty()) {
+      section.AddVar("LastSyncDate", unusable_last_sync_date_);
+    }
+    return;
+  }
+  std::int64_t moment = last_sync_moment_;
+  // The date may have been set without its moment: the moment of that local
+  // time then stands for it.
+  if (!has_last_sync_moment_ ||
+      !SameSecond(FileTimeToDate(moment, 0), LastSyncDate)) {
+    long nanoseconds = 0;
+    DateToFileTime(LastSyncDate, &moment, &nanoseconds);
+  }
+  section.AddVar("LastSyncDate", FormatGeneralDate(LastSyncDate));
+  section.AddVar("LastSyncMoment", FormatMoment(moment));
 }
 
 void Synchronizer::ReadCustomConflictConfig(const INIFileSection& section) {
@@ -197,9 +263,7 @@ void Synchronizer::WriteToINI(INIFileSection& section) const {
   // next save only.
   section.AddVar("SmartSync", BoolToStr(SmartSync));
   section.AddVar("AllowSmartDeletes", BoolToStr(AllowSmartDeletes));
-  if (LastSyncDate > 0) {
-    section.AddVar("LastSyncDate", FormatGeneralDate(LastSyncDate));
-  }
+  WriteLastSync(section);
   section.AddVar("ArchiveDeleted", BoolToStr(ArchiveDeleted));
   section.AddVar("ArchiveOverwritten", BoolToStr(ArchiveOverwritten));
   section.AddVar("ArchivePath", ArchivePath);

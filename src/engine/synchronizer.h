@@ -64,7 +64,9 @@ class Synchronizer {
   bool ClearLogDaily = false;
   bool SmartSync = true;
   bool AllowSmartDeletes = true;
-  double LastSyncDate = 0;  // 0: never synchronized
+  // 0: never synchronized. Stored with its moment, so that a change of time
+  // zone or daylight saving between two runs does not move it.
+  double LastSyncDate = 0;
   bool ArchiveDeleted = false;
   bool ArchiveOverwritten = false;
   std::string ArchivePath;
@@ -129,6 +131,20 @@ class Synchronizer {
   // The moment the last BuildActionList began (local day count).
   double ScanStarted() const { return scan_started_; }
 
+  // Sets LastSyncDate (0: never) as a person gives it, dropping an unusable
+  // text read from the file.
+  void SetLastSyncDate(double date);
+  // The scan's start becomes the last-sync date and moment.
+  void MarkSynchronized();
+  // The set section's "LastSyncDate" text when it named no date the program
+  // can use (LastSyncDate is then 0 and every run refuses); else "".
+  const std::string& UnusableLastSyncDate() const {
+    return unusable_last_sync_date_;
+  }
+  // Writes (or replaces) the LastSyncDate and LastSyncMoment keys, when
+  // there is a date to keep.
+  void WriteLastSync(INIFileSection& section) const;
+
   // The relative name with its folder part as working folder i spells it,
   // where the scan met that folder there in another case.
   std::string SpellingIn(int i, const std::string& rel) const;
@@ -142,9 +158,17 @@ class Synchronizer {
   bool Aborted() const { return aborted_; }
 
   // Files of the run (not blocked) that a source folder still lacks while
-  // another source folder has them. Such a file would look deleted next time, so
-  // the last-sync date must not move while there are any.
+  // another source folder has them. Such a file would look deleted next time,
+  // so the last-sync date must not move while there are any.
   long IncompleteFiles() const;
+
+  // Deleting at least this many files, and more than half of a folder's
+  // files, needs a yes of its own.
+  static constexpr long kMassDeletionMinimum = 10;
+  // One line per working folder in which the present actions would delete
+  // more than half of the files (and at least kMassDeletionMinimum): "This
+  // run would delete 40 of the 50 files in the folder '/x'."
+  std::vector<std::string> MassDeletionWarnings() const;
 
   // Builds the run's working data: checks and prepares the folders, reads
   // them (sources, then merge-to, then mirror-to folders) and gives every
@@ -245,9 +269,19 @@ class Synchronizer {
                    const std::string& rel, const std::string& full_path);
   // Marks the files under a left-out name as not to be touched.
   void BlockFiles();
-  // Refuses a run in which an empty source folder (a drive not mounted?)
-  // would make the other folders' files be deleted.
+  // Refuses a run in which a source folder without files that take part (a
+  // drive not mounted?) would make the other folders' files be deleted.
   bool CheckEmptySources();
+  // Per working folder: the run's files it holds, and how many of them the
+  // present actions delete.
+  struct FolderCount {
+    long files = 0;
+    long deletions = 0;
+  };
+  std::vector<FolderCount> CountFiles() const;
+  // Removes (logging each) the leftovers of copies interrupted before this
+  // run; a simulation only logs.
+  void RemoveLeftovers();
   bool PassesFilters(const std::string& name, bool is_folder) const;
   // Notes that working folder i holds the folder rel (ending in a
   // separator).
@@ -262,6 +296,10 @@ class Synchronizer {
   void ReadFolders(const INIFileSection& section);
   void ReadOptions(const INIFileSection& section);
   void ReadCustomConflictConfig(const INIFileSection& section);
+  void ReadLastSync(const INIFileSection& section);
+  // Refuses a run whose last-sync date is unusable or lies ahead of the
+  // scan: every file would look unchanged, and new ones deleted.
+  bool CheckLastSyncDate();
 
   std::vector<Folder> folders_;
   std::vector<ConflictDescriptor> conflict_types_;
@@ -278,13 +316,17 @@ class Synchronizer {
   // The rows of the folder being read; a folder's rows are an index range.
   std::vector<FolderEntry> listing_;
   double scan_started_ = 0;
+  std::int64_t scan_started_moment_ = 0;  // POSIX seconds
+  std::int64_t last_sync_moment_ = 0;
+  bool has_last_sync_moment_ = false;
+  std::string unusable_last_sync_date_;
   // A folder that could not be read ends the scan: its files would
   // otherwise look deleted.
   bool scan_failed_ = false;
   // The present moment while a folder is read, for future-dated files.
   double folder_read_at_ = 0;
-  // Per working folder: whether its top level held any entry.
-  std::vector<bool> root_has_entries_;
+  // Unfinished copies of earlier runs that the scan met.
+  std::vector<std::string> leftovers_;
   // Upper-cased relative names that a listing left out.
   std::unordered_set<std::string> left_out_names_;
   // "<folder index>:<upper-cased folder>" to that folder's spelling there,

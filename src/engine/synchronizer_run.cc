@@ -1,4 +1,5 @@
 // The performing side of a sync set: folders and file actions.
+#include <cerrno>
 #include <memory>
 
 #include "config/ini_file_section.h"
@@ -16,8 +17,7 @@ namespace pairwell {
 
 int Synchronizer::ErrorPolicy(const std::string& message, int error_number) {
   const std::string code = " (code " + std::to_string(error_number) + ")";
-  const std::shared_ptr<const INIFileSection>& table =
-      Run().error_handling;
+  const std::shared_ptr<const INIFileSection>& table = Run().error_handling;
   const std::string key = "Code" + std::to_string(error_number);
   if (table && table->FindVarIndex(key) > 0) {
     const std::string value = LTrim(table->FindVar(key));
@@ -60,8 +60,22 @@ void Synchronizer::CreateMissingFolders() {
   }
 }
 
+void Synchronizer::RemoveLeftovers() {
+  for (const std::string& path : leftovers_) {
+    TheLog().PrintL("Removing the leftover of an interrupted copy: ", path);
+    if (Run().simulation_mode) continue;
+    const int error_number = DeleteFile(path);
+    if (error_number != 0 && error_number != ENOENT) {
+      TheLog().PrintErrL("Could not remove ", path, ": ",
+                         ErrorText(error_number));
+    }
+  }
+  leftovers_.clear();
+}
+
 void Synchronizer::PerformActions() {
   SyncMsg = "Performing actions";
+  RemoveLeftovers();
   if (SyncFolders) CreateMissingFolders();
   const long count = WFileCount();
   for (long i = 1; i <= count; ++i) {

@@ -68,7 +68,7 @@ void Synchronizer::FreeSyncData() {
   sub_folder_index_.clear();
   folder_spellings_.clear();
   left_out_names_.clear();
-  root_has_entries_.clear();
+  leftovers_.clear();
   std::vector<FolderEntry>().swap(listing_);
   root_tree_->Clear();
   current_action_ = 0;
@@ -81,12 +81,14 @@ bool Synchronizer::BuildActionList() {
   scan_failed_ = false;
   ignored_errors_ = 0;
   FutureDateCount = 0;
-  scan_started_ = Now();
+  const Moment started = NowMoment();
+  scan_started_moment_ = started.seconds;
+  scan_started_ = FileTimeToDate(started.seconds, started.nanoseconds);
   TheLog().PrintL();
   TheLog().PrintL("Synchronize started: ", Name, " - ",
                   FormatGeneralDate(scan_started_));
   FreeSyncData();
-  if (!PrepareFolders() || StopFlag) {
+  if (!CheckLastSyncDate() || !PrepareFolders() || StopFlag) {
     FreeSyncData();
     return false;
   }
@@ -115,6 +117,31 @@ bool Synchronizer::ComputeDefaultActions() {
     WFile(i).ComputeDefAction();
   }
   return !StopFlag;
+}
+
+bool Synchronizer::CheckLastSyncDate() {
+  if (!SmartSync) return true;
+  std::string problem;
+  if (!unusable_last_sync_date_.empty()) {
+    problem = "\"" + unusable_last_sync_date_ + "\", is not a date";
+  } else if (LastSyncDate > scan_started_) {
+    problem = FormatGeneralDate(LastSyncDate) +
+              ", lies in the future (it is now " +
+              FormatGeneralDate(scan_started_) + ")";
+  } else {
+    return true;
+  }
+  ShowErrToUser(
+      "The synchronization cannot proceed because the last synchronization "
+      "date of the set '" +
+          Name + "', " + problem +
+          ".  Compared with it, changed files would look unchanged and new "
+          "files deleted.  To clear it, type Never as the last sync date in "
+          "the set's options, or remove the LastSyncDate line from the set's "
+          "section of the configuration file; the next run then treats every "
+          "file as never synchronized.",
+      kMbExclamation);
+  return false;
 }
 
 bool Synchronizer::CheckFolderCounts() {
@@ -207,7 +234,6 @@ bool Synchronizer::PrepareFolders() {
 
 void Synchronizer::ReadFolderOfPath(int i) {
   listing_.clear();
-  root_has_entries_.resize(static_cast<std::size_t>(WPathCount()), false);
   if (At(work_folders_, i).missing) return;  // empty until really created
   ReadFolder(i, WPath(i), "", *root_tree_,
              FolderTypeOf(WPathFlags(i)) == kFolderMergeTo);
@@ -260,9 +286,6 @@ void Synchronizer::ReadFolder(int i, const std::string& folder,
   const std::size_t first = listing_.size();
   std::vector<LeftOutEntry> left_out;
   const int error_number = ListFolder(full_path, &listing_, &left_out);
-  if (rel.empty() && (listing_.size() > first || !left_out.empty())) {
-    root_has_entries_[static_cast<std::size_t>(i - 1)] = true;
-  }
   if (error_number == 0 && !NoteLeftOut(left_out, rel, full_path)) {
     scan_failed_ = true;
     return;
@@ -323,10 +346,13 @@ bool Synchronizer::NoteLeftOut(const std::vector<LeftOutEntry>& left_out,
                     kMbOkOnly);
       return false;
     }
-    // An unfinished copy is Pairwell's own leftover, under a name of its own.
+    // An unfinished copy is Pairwell's own leftover, under a name of its
+    // own; one older than this run is removed when the actions begin.
     if (entry.name.compare(0, sizeof kPartialCopyPrefix - 1,
                            kPartialCopyPrefix) != 0) {
       left_out_names_.insert(UpperCase(rel + entry.name));
+    } else if (entry.modify_date > 0 && entry.modify_date < scan_started_) {
+      leftovers_.push_back(entry.path);
     }
   }
   return true;
@@ -354,23 +380,62 @@ void Synchronizer::BlockFiles() {
 
 bool Synchronizer::CheckEmptySources() {
   if (EfLastSyncDate() <= 0) return true;
+  const std::vector<FolderCount> counts = CountFiles();
+  bool deletes = false;
+  for (const FolderCount& count : counts) deletes |= count.deletions > 0;
+  if (!deletes) return true;
   for (int i = 1; i <= WPathCount(); ++i) {
-    const bool empty = !root_has_entries_[static_cast<std::size_t>(i - 1)] &&
-                       !At(work_folders_, i).missing;
-    if (!empty || FolderTypeOf(WPathFlags(i)) != kFolderSource) continue;
-    for (long f = 1; f <= WFileCount(); ++f) {
-      if (WFile(f).Action != kDeleteAll) continue;
-      ShowErrToUser(
-          "The synchronization cannot proceed because the folder '" + WPath(i) +
-              "' is empty, so the files of the other folders would be "
-              "deleted.  If it is a drive or share that is not mounted, "
-              "mount it and try again; to delete the files, delete them in "
-              "the other folders too.",
-          kMbExclamation);
-      return false;
+    // Only files that take part count: a folder holding nothing but links,
+    // leftovers, excluded names or empty folders looks like a drive that is
+    // not mounted.
+    if (FolderTypeOf(WPathFlags(i)) != kFolderSource ||
+        At(work_folders_, i).missing ||
+        counts[static_cast<std::size_t>(i - 1)].files > 0) {
+      continue;
     }
+    ShowErrToUser(
+        "The synchronization cannot proceed because the folder '" + WPath(i) +
+            "' is empty, so the files of the other folders would be "
+            "deleted.  If it is a drive or share that is not mounted, "
+            "mount it and try again; to delete the files, delete them in "
+            "the other folders too.",
+        kMbExclamation);
+    return false;
   }
   return true;
+}
+
+std::vector<Synchronizer::FolderCount> Synchronizer::CountFiles() const {
+  std::vector<FolderCount> counts(static_cast<std::size_t>(WPathCount()));
+  for (const auto& file : files_) {
+    // A blocked file takes no part in the run.
+    if (file->Blocked()) continue;
+    const bool deleting = file->Action == kDeleteAll;
+    for (int i = 1; i <= WPathCount(); ++i) {
+      if (!file->CopyExists(i)) continue;
+      FolderCount& count = counts[static_cast<std::size_t>(i - 1)];
+      ++count.files;
+      if (deleting && file->Deletable(i)) ++count.deletions;
+    }
+  }
+  return counts;
+}
+
+std::vector<std::string> Synchronizer::MassDeletionWarnings() const {
+  std::vector<std::string> warnings;
+  const std::vector<FolderCount> counts = CountFiles();
+  for (int i = 1; i <= WPathCount(); ++i) {
+    const FolderCount& count = counts[static_cast<std::size_t>(i - 1)];
+    if (count.deletions < kMassDeletionMinimum ||
+        count.deletions * 2 <= count.files) {
+      continue;
+    }
+    warnings.push_back("This run would delete " +
+                       std::to_string(count.deletions) + " of the " +
+                       std::to_string(count.files) + " files in the folder '" +
+                       WPath(i) + "'.");
+  }
+  return warnings;
 }
 
 std::string Synchronizer::SpellingIn(int i, const std::string& rel) const {
@@ -399,7 +464,7 @@ void Synchronizer::AddFileCopy(int i, const std::string& rel, StringTree& tree,
   }
   SyncFile& file = WFile(tree.ListInt(node));
   file.SetCopy(i, CopyRecord{row.modify_date, row.create_date, row.size,
-                             row.attributes});
+                             row.attributes, row.inode});
   file.SetSpelling(i, rel + row.name);
   if (WarnFutureDate && file.GetEffectiveDate(i) > folder_read_at_) {
     ++FutureDateCount;

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 
 #include "util/text.h"
@@ -106,7 +107,16 @@ double DateFromParts(const DateParts& parts) {
                   : static_cast<double>(days) + fraction;
 }
 
+bool DateInRange(double date) {
+  return date > kFirstDate - 1 && date < kEndDate;  // false for not a number
+}
+
 DateParts PartsFromDate(double date) {
+  if (!DateInRange(date)) {
+    date = std::isnan(date)    ? 0
+           : date < kFirstDate ? kFirstDate
+                               : kEndDate - 1.0 / 86400;  // the last second
+  }
   double whole = std::trunc(date);
   long long ms = std::llround(std::fabs(date - whole) * kMillisecondsPerDay);
   if (ms >= static_cast<long long>(kMillisecondsPerDay)) {
@@ -151,10 +161,65 @@ void DateToFileTime(double date, std::int64_t* seconds, long* nanoseconds) {
   *nanoseconds = parts.millisecond * 1000000L;
 }
 
-double Now() {
+Moment NowMoment() {
   struct timespec now;
   clock_gettime(CLOCK_REALTIME, &now);
-  return FileTimeToDate(now.tv_sec, now.tv_nsec);
+  return Moment{static_cast<std::int64_t>(now.tv_sec), now.tv_nsec};
+}
+
+double Now() {
+  const Moment now = NowMoment();
+  return FileTimeToDate(now.seconds, now.nanoseconds);
+}
+
+std::string FormatMoment(std::int64_t seconds) {
+  const time_t whole = static_cast<time_t>(seconds);
+  struct tm local;
+  if (localtime_r(&whole, &local) == nullptr) return std::string();
+  const long offset = local.tm_gmtoff / 60;
+  const long shown = offset < 0 ? -offset : offset;
+  char text[64];
+  std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d%c%02ld:%02ld",
+                local.tm_year + 1900, local.tm_mon + 1, local.tm_mday,
+                local.tm_hour, local.tm_min, local.tm_sec,
+                offset < 0 ? '-' : '+', shown / 60, shown % 60);
+  return text;
+}
+
+bool ParseMoment(const std::string& text, std::int64_t* seconds,
+                 double* written_date) {
+  DateParts p;
+  int used = 0;
+  const char* s = text.c_str();
+  if (text.find('\0') != std::string::npos ||
+      std::sscanf(s, "%4d-%2d-%2dT%2d:%2d:%2d%n", &p.year, &p.month, &p.day,
+                  &p.hour, &p.minute, &p.second, &used) != 6 ||
+      !ValidParts(p)) {
+    return false;
+  }
+  int offset_hours = 0;
+  int offset_minutes = 0;
+  char sign = 0;
+  int rest = 0;
+  if (std::strcmp(s + used, "Z") != 0) {
+    if (std::sscanf(s + used, "%c%2d:%2d%n", &sign, &offset_hours,
+                    &offset_minutes, &rest) != 3 ||
+        s[used + rest] != '\0' || (sign != '+' && sign != '-') ||
+        offset_hours > 23 || offset_hours < 0 || offset_minutes > 59 ||
+        offset_minutes < 0) {
+      return false;
+    }
+  }
+  const long long offset =
+      (sign == '-' ? -1 : 1) * (offset_hours * 3600LL + offset_minutes * 60LL);
+  const long long local_seconds =
+      (DaysFromCivil(p.year, static_cast<unsigned>(p.month),
+                     static_cast<unsigned>(p.day)) *
+           86400LL +
+       (p.hour * 3600LL + p.minute * 60LL + p.second));
+  *seconds = local_seconds - offset;
+  *written_date = DateFromParts(p);
+  return true;
 }
 
 std::string FormatDate(double date, const std::string& pattern) {
@@ -208,6 +273,8 @@ std::string FormatGeneralDate(double date) {
 }
 
 bool ParseDateText(const std::string& text, double* date) {
+  // The scanner would stop at a NUL byte and take what follows for the end.
+  if (text.find('\0') != std::string::npos) return false;
   const std::string trimmed = Trim(text);
   DateParts parts;
   if (!ScanIso(trimmed, &parts) && !ScanUs(trimmed, &parts)) return false;

@@ -19,16 +19,35 @@ struct DateParts {
   int millisecond = 0;
 };
 
+// The day counts of 0100-01-01 00:00 and of the end of 9999-12-31: the
+// dates the program can hold. Outside them the arithmetic would overflow.
+// Before day 0 the time of day counts away from zero, so the times of
+// 0100-01-01 lie in (kFirstDate - 1, kFirstDate].
+constexpr double kFirstDate = -657434.0;
+constexpr double kEndDate = 2958466.0;
+
+// Whether the day count is a number that names a date-time from 0100-01-01
+// 00:00 to the end of 9999-12-31.
+bool DateInRange(double date);
+
 // The day count of a civil date-time (no range check beyond what the
 // arithmetic needs).
 double DateFromParts(const DateParts& parts);
 
 // The civil date-time of a day count, rounded to the millisecond. A negative
 // count has its time of day counted forward from the start of its day, so
-// -1.25 is 1899-12-29 06:00.
+// -1.25 is 1899-12-29 06:00. A count out of range (or not a number) gives
+// the nearest end of the range (0 for not a number).
 DateParts PartsFromDate(double date);
 
-// The present local moment.
+// A moment as POSIX time: seconds and nanoseconds since the epoch, UTC.
+struct Moment {
+  std::int64_t seconds = 0;
+  long nanoseconds = 0;
+};
+
+// The present moment, and the same as a local day count.
+Moment NowMoment();
 double Now();
 
 // A POSIX time (seconds and nanoseconds since the epoch, UTC) as a local
@@ -39,6 +58,17 @@ double FileTimeToDate(std::int64_t seconds, long nanoseconds);
 // that occurs twice (the hour repeated when daylight saving ends) the system
 // picks one; a time skipped by the change moves forward.
 void DateToFileTime(double date, std::int64_t* seconds, long* nanoseconds);
+
+// A moment as ISO 8601 local time with the zone's offset then in force,
+// "2026-11-23T13:05:09+09:00": the text names the moment whatever zone reads
+// it, and its local part is the local date-time where it was written.
+std::string FormatMoment(std::int64_t seconds);
+
+// Reads FormatMoment's text ("Z" for a zero offset is understood too): the
+// moment, and the local date-time its text shows as a day count. False when
+// the text is not such a moment or lies outside the dates the program holds.
+bool ParseMoment(const std::string& text, std::int64_t* seconds,
+                 double* written_date);
 
 // Formats a date by a pattern of the tokens "yyyy", "mmm" (month
 // abbreviation), "d", "hh", "h", "nn" (minutes) and "AMPM"; other characters

@@ -30,6 +30,7 @@ struct StatInfo {
   struct timespec modified = {0, 0};
   struct timespec born = {0, 0};
   bool has_birth = false;
+  std::uint64_t inode = 0;
 };
 
 // Examines name relative to the open folder dir_fd (or a path with
@@ -48,12 +49,14 @@ int StatAt(int dir_fd, const char* name, int flags, StatInfo* info) {
   info->has_birth = (sx.stx_mask & STATX_BTIME) != 0;
   info->born = {static_cast<time_t>(sx.stx_btime.tv_sec),
                 static_cast<long>(sx.stx_btime.tv_nsec)};
+  info->inode = sx.stx_ino;
 #else
   struct stat st;
   if (fstatat(dir_fd, name, &st, flags) != 0) return errno;
   info->mode = st.st_mode;
   info->size = st.st_size;
   info->modified = st.st_mtim;
+  info->inode = st.st_ino;
 #endif
   return 0;
 }
@@ -72,6 +75,7 @@ void FillEntry(const std::string& name, const StatInfo& info,
   if ((info.mode & S_IWUSR) == 0) entry->attributes |= kAttrReadOnly;
   if (!name.empty() && name[0] == '.') entry->attributes |= kAttrHidden;
   if (S_ISDIR(info.mode)) entry->attributes |= kAttrDirectory;
+  entry->inode = info.inode;
 }
 
 const char* SpecialKind(mode_t mode) {
@@ -111,14 +115,19 @@ bool CreateLevel(const std::string& folder) {
 
 }  // namespace
 
+bool HasNul(const std::string& path) {
+  return path.find('\0') != std::string::npos;
+}
+
 bool FolderExists(const std::string& path) {
   struct stat st;
-  return !path.empty() && stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+  return !path.empty() && !HasNul(path) && stat(path.c_str(), &st) == 0 &&
+         S_ISDIR(st.st_mode);
 }
 
 bool MakeDirectory(const std::string& path) {
   if (FolderExists(path)) return true;
-  if (path.size() < 2) return false;
+  if (path.size() < 2 || HasNul(path)) return false;
   std::string::size_type slash = FindExistingParent(path);
   if (slash == std::string::npos) return false;
   while (slash < path.size()) {
@@ -131,12 +140,14 @@ bool MakeDirectory(const std::string& path) {
 }
 
 int MakeDirectoryError(const std::string& path) {
+  if (HasNul(path)) return EINVAL;
   errno = 0;
   if (MakeDirectory(path)) return 0;
   return errno != 0 ? errno : ENOENT;
 }
 
 bool GetFileInfo(const std::string& path, FolderEntry* entry) {
+  if (HasNul(path)) return false;
   // "path/*" finds the folder's own "." entry first; a file has no entries.
   const std::string folder = CombinePath(path, "*");
   const std::string dot = folder.substr(0, folder.size() - 1) + ".";
@@ -150,7 +161,8 @@ bool GetFileInfo(const std::string& path, FolderEntry* entry) {
 
 bool GetItemInfo(const std::string& path, FolderEntry* entry) {
   StatInfo info;
-  if (StatAt(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, &info) != 0 ||
+  if (HasNul(path) ||
+      StatAt(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, &info) != 0 ||
       (!S_ISREG(info.mode) && !S_ISDIR(info.mode))) {
     return false;
   }
@@ -162,16 +174,20 @@ bool GetItemInfo(const std::string& path, FolderEntry* entry) {
 
 int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
                std::vector<LeftOutEntry>* left_out) {
+  if (HasNul(folder)) return EINVAL;
   DIR* dir = opendir(folder.c_str());
   if (dir == nullptr) return errno;
   const int dir_fd = dirfd(dir);
   auto leave_out = [&](const char* name, const std::string& reason,
-                       bool error = false) {
+                       bool error = false, const StatInfo* info = nullptr) {
     // Joined by hand: the name is as the folder holds it, "\\" included.
     if (left_out) {
       const bool slash = !folder.empty() && folder.back() == '/';
       left_out->push_back(
-          {folder + (slash ? "" : "/") + name, name, reason, error});
+          {folder + (slash ? "" : "/") + name, name, reason, error,
+           info == nullptr ? 0
+                           : FileTimeToDate(info->modified.tv_sec,
+                                            info->modified.tv_nsec)});
     }
   };
   int result = 0;
@@ -206,7 +222,8 @@ int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
     }
     if (name.compare(0, sizeof kPartialCopyPrefix - 1, kPartialCopyPrefix) ==
         0) {
-      leave_out(d->d_name, "unfinished copy of an interrupted run");
+      leave_out(d->d_name, "unfinished copy of an interrupted run", false,
+                &info);
       continue;
     }
     entries->emplace_back();
@@ -385,7 +402,8 @@ int TakeAttributes(int out, const struct stat& source_info) {
 // Writes the open source into a new temporary file beside dest and renames
 // it over dest; 0 or the error number.
 int CopyOpenFile(int in, const struct stat& source_info,
-                 const std::string& dest, const CopyProgress& progress) {
+                 const std::string& dest, const CopyProgress& progress,
+                 const ReplaceCheck& may_replace) {
   std::string temp = CombinePath(FolderOf(dest), kPartialCopyPrefix);
   temp += "XXXXXX";
   const int out = mkostemp(&temp[0], O_CLOEXEC);
@@ -393,6 +411,9 @@ int CopyOpenFile(int in, const struct stat& source_info,
   int error_number = CopyBytes(in, out, source_info.st_size, progress);
   if (error_number == 0) error_number = TakeAttributes(out, source_info);
   if (close(out) != 0 && error_number == 0) error_number = errno;
+  if (error_number == 0 && may_replace && !may_replace()) {
+    error_number = kDestinationChanged;
+  }
   if (error_number == 0 && rename(temp.c_str(), dest.c_str()) != 0) {
     error_number = errno;
   }
@@ -403,7 +424,9 @@ int CopyOpenFile(int in, const struct stat& source_info,
 }  // namespace
 
 int CopyFileReplacing(const std::string& source, const std::string& dest,
-                      const CopyProgress& progress) {
+                      const CopyProgress& progress,
+                      const ReplaceCheck& may_replace) {
+  if (HasNul(source) || HasNul(dest)) return EINVAL;
   const int in = open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
   if (in < 0) return errno;
   struct stat source_info;
@@ -418,7 +441,7 @@ int CopyFileReplacing(const std::string& source, const std::string& dest,
              dest_info.st_ino == source_info.st_ino) {
     error_number = EINVAL;  // the same file: copying it would destroy it
   } else {
-    error_number = CopyOpenFile(in, source_info, dest, progress);
+    error_number = CopyOpenFile(in, source_info, dest, progress, may_replace);
   }
   close(in);
   return error_number;
@@ -426,11 +449,13 @@ int CopyFileReplacing(const std::string& source, const std::string& dest,
 
 int ClearReadOnly(const std::string& path) {
   struct stat info;
+  if (HasNul(path)) return EINVAL;
   if (stat(path.c_str(), &info) != 0) return errno;
   return chmod(path.c_str(), (info.st_mode & 07777) | S_IWUSR) == 0 ? 0 : errno;
 }
 
 int DeleteFile(const std::string& path) {
+  if (HasNul(path)) return EINVAL;
   return unlink(path.c_str()) == 0 ? 0 : errno;
 }
 

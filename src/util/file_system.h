@@ -29,6 +29,7 @@ struct FolderEntry {
   double modify_date = 0;  // local day count
   double create_date = 0;  // birth time where known, else modify_date
   std::uint16_t attributes = 0;
+  std::uint64_t inode = 0;  // the file's serial number on its device
 };
 
 // An entry a listing left out (symbolic links, sockets, fifos, devices, and
@@ -40,7 +41,13 @@ struct LeftOutEntry {
   // The entry could not be examined (not just a kind that is never synced):
   // what it holds is unknown.
   bool error = false;
+  double modify_date = 0;  // local day count; 0 when it could not be read
 };
+
+// Paths reach the system as C strings, where a NUL byte would end them
+// early: "/a/b\0/c" would name "/a/b". Every routine here refuses such a
+// path (EINVAL, or false).
+bool HasNul(const std::string& path);
 
 // True when the path names a folder (a link to a folder counts).
 bool FolderExists(const std::string& path);
@@ -82,6 +89,14 @@ constexpr char kPartialCopyPrefix[] = ".pairwell-partial-";
 // source's size; returning false stops the copy.
 using CopyProgress = std::function<bool(std::int64_t done, std::int64_t total)>;
 
+// Called when the copy is complete, just before it replaces the
+// destination; returning false leaves the destination as it is.
+using ReplaceCheck = std::function<bool()>;
+
+// What CopyFileReplacing returns when the ReplaceCheck said no (not a
+// system error number).
+constexpr int kDestinationChanged = -1;
+
 // Copies the file's bytes, permission bits and modification time over the
 // destination (created or replaced). The bytes go to a temporary file in the
 // destination's folder that is renamed over the destination only when
@@ -92,9 +107,12 @@ using CopyProgress = std::function<bool(std::int64_t done, std::int64_t total)>;
 // after every chunk, so that a caller on a UI thread regains control often;
 // total is the source's size when opened. When progress returns false the
 // copy stops at once, the destination stays as it was (or absent) and the
-// result is ECANCELED. Returns 0, or the system error number.
+// result is ECANCELED. When may_replace (if given) returns false once the
+// bytes are written, the temporary file is removed and the result is
+// kDestinationChanged. Returns 0, or the system error number.
 int CopyFileReplacing(const std::string& source, const std::string& dest,
-                      const CopyProgress& progress = CopyProgress());
+                      const CopyProgress& progress = CopyProgress(),
+                      const ReplaceCheck& may_replace = ReplaceCheck());
 
 // Clears the read-only attribute (gives the owner write permission).
 // Returns 0, or the system error number.

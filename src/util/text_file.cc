@@ -1,5 +1,6 @@
 #include "util/text_file.h"
 
+#include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
 #include <limits.h>
@@ -38,6 +39,9 @@ bool ReadTextFile(const std::string& path, std::string* content,
 }
 
 namespace {
+
+// A replacement is written to "<name>.pairwell-" and six random characters.
+constexpr char kReplacementSuffix[] = ".pairwell-";
 
 [[noreturn]] void Fail(int error_number, const std::string& what,
                        const std::string& path) {
@@ -80,7 +84,7 @@ void ReplaceFileContent(const std::string& given_path,
     path = resolved;
   }
   std::vector<char> temp_name(path.begin(), path.end());
-  const std::string suffix = ".pairwell-XXXXXX";
+  const std::string suffix = std::string(kReplacementSuffix) + "XXXXXX";
   temp_name.insert(temp_name.end(), suffix.begin(), suffix.end());
   temp_name.push_back('\0');
   const int fd = mkstemp(temp_name.data());
@@ -102,6 +106,35 @@ void ReplaceFileContent(const std::string& given_path,
     unlink(temp_name.data());
     Fail(error_number, "cannot write", path);
   }
+}
+
+std::vector<std::string> RemoveStaleReplacements(const std::string& path,
+                                                 std::int64_t before) {
+  std::vector<std::string> removed;
+  const std::string::size_type slash = path.find_last_of('/');
+  const std::string folder =
+      slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  const std::string prefix =
+      (slash == std::string::npos ? path : path.substr(slash + 1)) +
+      kReplacementSuffix;
+  DIR* dir =
+      path.find('\0') == std::string::npos ? opendir(folder.c_str()) : nullptr;
+  if (dir == nullptr) return removed;
+  while (const struct dirent* d = readdir(dir)) {
+    const std::string name = d->d_name;
+    if (name.size() != prefix.size() + 6 ||
+        name.compare(0, prefix.size(), prefix) != 0) {
+      continue;
+    }
+    const std::string stale = slash == std::string::npos ? name : folder + name;
+    struct stat info;
+    if (lstat(stale.c_str(), &info) == 0 && S_ISREG(info.st_mode) &&
+        info.st_mtim.tv_sec < before && unlink(stale.c_str()) == 0) {
+      removed.push_back(stale);
+    }
+  }
+  closedir(dir);
+  return removed;
 }
 
 }  // namespace pairwell

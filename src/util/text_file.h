@@ -2,7 +2,9 @@
 #ifndef PAIRWELL_UTIL_TEXT_FILE_H_
 #define PAIRWELL_UTIL_TEXT_FILE_H_
 
+#include <cstdint>
 #include <string>
+#include <vector>
 
 namespace pairwell {
 
@@ -17,6 +19,13 @@ bool ReadTextFile(const std::string& path, std::string* content,
 // kept. Throws std::system_error (with the path in its message) on failure,
 // after removing the temporary file.
 void ReplaceFileContent(const std::string& path, const std::string& content);
+
+// Removes the temporary files that a ReplaceFileContent of this path left
+// when its process died (a crash, a power cut), those last written before
+// the POSIX time `before`: a newer one may be another process's save in
+// progress. Returns the paths removed.
+std::vector<std::string> RemoveStaleReplacements(const std::string& path,
+                                                 std::int64_t before);
 
 }  // namespace pairwell
 

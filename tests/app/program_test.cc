@@ -88,6 +88,7 @@ TEST_F(ProgramTest, RealisticFileIsSavedBackByteForByte) {
       "SmartSync=False\r\n"
       "AllowSmartDeletes=False\r\n"
       "LastSyncDate=2026-11-02 15:04:05\r\n"
+      "LastSyncMoment=2026-11-02T15:04:05+00:00\r\n"
       "ArchiveDeleted=True\r\n"
       "ArchiveOverwritten=True\r\n"
       "ArchivePath=/mnt/archive\r\n"
@@ -177,7 +178,8 @@ TEST_F(ProgramTest, SetSectionsLoadInFileOrderAndAreWrittenLast) {
       "[Conflict Types]\r\n[SEC:A]\r\n[Other]\r\nk=v\r\n[sec:  B]\r\n"
       "[Sec: C]\r\n[Tail]\r\n");
   EXPECT_EQ(SetNames(), (std::vector<std::string>{"A", "B", "C"}));
-  EXPECT_EQ(program_.TheINIFile().SecCount(), 3);  // Conflict Types, Other, Tail
+  EXPECT_EQ(program_.TheINIFile().SecCount(),
+            3);  // Conflict Types, Other, Tail
 
   program_.SaveSettings();
   const std::string saved = dir_.ReadFile("Pairwell.ini");
@@ -388,7 +390,8 @@ TEST_F(ProgramTest, LastSyncDateSurvivesSaveAndLoad) {
   expected.hour = 15;
   expected.minute = 4;
   expected.second = 5;
-  EXPECT_DOUBLE_EQ(program_.SyncSets().Item(1).LastSyncDate, DateFromParts(expected));
+  EXPECT_DOUBLE_EQ(program_.SyncSets().Item(1).LastSyncDate,
+                   DateFromParts(expected));
   program_.SaveSettings();
   EXPECT_NE(dir_.ReadFile("Pairwell.ini")
                 .find("LastSyncDate=2026-11-02 15:04:05\r\n"),
@@ -439,7 +442,7 @@ TEST_F(ProgramTest, RelativeLogNamesAreTakenBesideTheConfiguration) {
   EXPECT_EQ(ConfigFolder(), dir_.path());
 }
 
-TEST_F(ProgramTest, SaveLastSyncDatesChangesOnlyThatKeyOnDisk) {
+TEST_F(ProgramTest, SaveLastSyncDatesChangesOnlyTheLastSyncKeysOnDisk) {
   StartWith("[Conflict Types]\r\n[SEC:Docs]\r\nDir1=/a\r\n[Sec: Other]\r\n");
   // Meanwhile somebody edits the file.
   const std::string edited =
@@ -452,6 +455,9 @@ TEST_F(ProgramTest, SaveLastSyncDatesChangesOnlyThatKeyOnDisk) {
   std::string expected = edited;
   expected.replace(expected.find("2020-01-01 00:00:00"), 19,
                    "2026-11-02 15:04:05");
+  // The moment beside it is new: it goes at the end of the section.
+  expected.insert(expected.find(";note\r\n") + 7,
+                  "LastSyncMoment=2026-11-02T15:04:05+00:00\r\n");
   EXPECT_EQ(dir_.ReadFile("Pairwell.ini"), expected);
   EXPECT_TRUE(ui_.messages.empty());
 }
@@ -484,6 +490,29 @@ TEST(GetINIPathTest, EnvironmentVariableWinsElseBesideTheExecutable) {
   unsetenv(kIniPathVariable);
   EXPECT_EQ(GetINIPath(), ExecutableFolder() + "/Pairwell.ini");
   EXPECT_FALSE(ExecutableFolder().empty());
+}
+
+TEST_F(ProgramTest, StartRemovesWhatACrashedSaveLeftBesideTheFile) {
+  const std::string stale = dir_.Join("Pairwell.ini.pairwell-Ab12Cd");
+  const std::string recent = dir_.Join("Pairwell.ini.pairwell-Zz99Yy");
+  const std::string other = dir_.Join("Other.ini.pairwell-Ab12Cd");
+  const std::string longer = dir_.Join("Pairwell.ini.pairwell-Ab12Cd7");
+  for (const std::string& path : {stale, recent, other, longer}) {
+    const std::string name = path.substr(path.rfind('/') + 1);
+    dir_.WriteFile(name, "half a file");
+    const std::time_t when =
+        path == recent ? std::time(nullptr) + 600 : std::time(nullptr) - 3600;
+    const struct timespec times[2] = {{when, 0}, {when, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
+  }
+
+  StartWith("[Conflict Types]\r\n");
+
+  EXPECT_FALSE(dir_.Exists("Pairwell.ini.pairwell-Ab12Cd"));
+  // Another process may be saving right now; other names are not ours.
+  EXPECT_TRUE(dir_.Exists("Pairwell.ini.pairwell-Zz99Yy"));
+  EXPECT_TRUE(dir_.Exists("Other.ini.pairwell-Ab12Cd"));
+  EXPECT_TRUE(dir_.Exists("Pairwell.ini.pairwell-Ab12Cd7"));
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <time.h>
@@ -23,18 +22,13 @@
 #include <thread>
 #include <vector>
 
+#include "support/cli_process.h"
 #include "support/temp_dir.h"
-
-extern char** environ;
 
 namespace pairwell {
 namespace {
 
-struct Result {
-  int exit_code = -1;
-  std::string out;
-  std::string err;
-};
+using Result = ProcessResult;
 
 // One entry of a folder tree as a run could change it.
 struct EntryState {
@@ -131,7 +125,8 @@ std::vector<std::string> CrLfLines(const std::string& text) {
 }
 
 bool IsLastSyncLine(const std::string& line) {
-  return line.rfind("LastSyncDate=", 0) == 0;
+  return line.rfind("LastSyncDate=", 0) == 0 ||
+         line.rfind("LastSyncMoment=", 0) == 0;
 }
 
 // The value of the LastSyncDate key in the section headed `header`; "" when
@@ -255,17 +250,14 @@ class CliTest : public ::testing::Test {
            "\r\nDir2=" + dir_.Join("B") + "\r\n";
   }
 
-  Result Run(const std::string& args) {
-    const std::string command = std::string(PAIRWELL_CLI_PATH) + " --ini '" +
-                                dir_.Join("p.ini") + "' " + args + " >'" +
-                                dir_.Join("out") + "' 2>'" + dir_.Join("err") +
-                                "'";
-    Result result;
-    const int status = std::system(command.c_str());
-    result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    result.out = dir_.ReadFile("out");
-    result.err = dir_.ReadFile("err");
-    return result;
+  // args is a piece of shell command line, split by the shell as before;
+  // zone, when given, is the run's TZ.
+  Result Run(const std::string& args, const std::string& zone = "") {
+    const std::string command = (zone.empty() ? "" : "TZ='" + zone + "' ") +
+                                PAIRWELL_CLI_PATH + " --ini '" +
+                                dir_.Join("p.ini") + "' " + args;
+    return RunProcess({"/bin/sh", "-c", command}, dir_.Join("out"),
+                      dir_.Join("err"));
   }
 
   // Starts pairwell-cli with the test configuration and the given arguments
@@ -274,24 +266,7 @@ class CliTest : public ::testing::Test {
     std::vector<std::string> words = {PAIRWELL_CLI_PATH, "--ini",
                                       dir_.Join("p.ini")};
     words.insert(words.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (std::string& word : words) argv.push_back(&word[0]);
-    argv.push_back(nullptr);
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO,
-                                     dir_.Join("out").c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO,
-                                     dir_.Join("err").c_str(),
-                                     O_WRONLY | O_CREAT | O_TRUNC, 0644);
-    pid_t pid = -1;
-    if (posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ) !=
-        0) {
-      pid = -1;
-    }
-    posix_spawn_file_actions_destroy(&actions);
-    return pid;
+    return StartProcess(words, dir_.Join("out"), dir_.Join("err"));
   }
 
   // A set section over the named folders of the temporary folder, with extra
@@ -371,7 +346,7 @@ TEST_F(CliTest, PlanJsonDescribesFilesAndCopies) {
   EXPECT_NE(r.out.find("\"stats\":{\"files\":1,\"needConfirmation\":0,"
                        "\"autoHandled\":1,\"text\":\"1 conflicts "
                        "(automatically handled), 1 actions queued, 1 files "
-                       "total\"}}\n"),
+                       "total\"},\"warnings\":[]}\n"),
             std::string::npos)
       << r.out;
 }
@@ -649,7 +624,8 @@ TEST_F(FailingCopyTest, DefaultAnswerAborts) {
 TEST_F(FailingCopyTest, IgnoreErrorsGoesOnToTheOtherFolders) {
   WriteIni(Sets());
   const Result r = Run("sync --ignore-errors Three");
-  EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
+  // Done, but not everything: the exit code says so.
+  EXPECT_EQ(r.exit_code, 4) << r.out << r.err;
   EXPECT_NE(r.err.find("Pairwell: Unable to perform the copy operation:"),
             std::string::npos)
       << r.err;
@@ -667,7 +643,7 @@ TEST_F(FailingCopyTest, ErrorHandlingTableIgnoresWithoutAsking) {
   // EPERM (1) is what an immutable folder refuses a new file with.
   WriteIni("Code1=I ; immutable folders\r\n\r\n" + Sets());
   const Result r = Run("sync Three");
-  EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
+  EXPECT_EQ(r.exit_code, 4) << r.out << r.err;
   EXPECT_EQ(r.err.find("Unable to perform"), std::string::npos) << r.err;
   EXPECT_EQ(r.err.find("  -> "), std::string::npos) << r.err;
   // Automatic answers go to the log file only.
@@ -958,6 +934,116 @@ TEST_F(CliTest, SaveKeepsConfigurationEditsMadeDuringTheRun) {
   EXPECT_NE(after.find("[Added]\r\nKey=Value\r\n"), std::string::npos) << after;
   EXPECT_TRUE(LooksLikeSyncDate(LastSyncIn(after, "[Sec: Docs]"))) << after;
   EXPECT_EQ(LastSyncIn(after, "[Sec: Idle]"), "");
+}
+
+// --- Runs that must not lose data
+// ----------------------------------------------
+
+TEST_F(CliTest, MassDeletionNeedsItsOwnOptionNotYes) {
+  for (int k = 1; k <= 12; ++k) {
+    const std::string name = "f" + std::to_string(k) + ".txt";
+    WriteAged("A/" + name, name, 7200);
+    WriteAged("B/" + name, name, 7200);
+  }
+  WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + LocalDateText(1800) +
+           "\r\n");
+  for (int k = 1; k <= 10; ++k) {
+    ASSERT_EQ(unlink(dir_.Join("A/f" + std::to_string(k) + ".txt").c_str()), 0);
+  }
+  const std::string warning =
+      "This run would delete 10 of the 12 files in "
+      "the folder '" +
+      dir_.Join("B") + "'.";
+
+  Result r = Run("plan Docs");
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_NE(r.out.find("Warning: " + warning + "\n"), std::string::npos)
+      << r.out;
+  r = Run("plan --json Docs");
+  EXPECT_NE(r.out.find("\"warnings\":[\"" + warning + "\"]"), std::string::npos)
+      << r.out;
+
+  r = Run("sync --yes Docs");
+  EXPECT_EQ(r.exit_code, 3) << r.out << r.err;
+  EXPECT_NE(r.err.find(warning + "\n\nNothing was changed."), std::string::npos)
+      << r.err;
+  EXPECT_NE(r.err.find("--allow-mass-delete"), std::string::npos) << r.err;
+  EXPECT_EQ(Snapshot(dir_.Join("B")).size(), 13u);
+
+  r = Run("sync --yes --allow-mass-delete Docs");
+  EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
+  EXPECT_NE(r.out.find("Warning: " + warning), std::string::npos) << r.out;
+  EXPECT_EQ(Listing(Snapshot(dir_.Join("B"))), "./\nf11.txt\nf12.txt\nsub/\n");
+}
+
+TEST_F(CliTest, LastSyncDateAheadOfTheClockStopsTheRun) {
+  WriteAged("A/kept.txt", "kept", 7200);
+  WriteAged("B/kept.txt", "kept", 7200);
+  WriteAged("B/new.txt", "new in B", 600);
+  const std::string ahead = LocalDateText(-86400);
+  WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + ahead + "\r\n");
+
+  const Result r = Run("sync --yes Docs");
+
+  EXPECT_EQ(r.exit_code, 1) << r.out << r.err;
+  EXPECT_NE(r.err.find(ahead + ", lies in the future"), std::string::npos)
+      << r.err;
+  EXPECT_EQ(dir_.ReadFile("B/new.txt"), "new in B");
+  EXPECT_FALSE(dir_.Exists("A/new.txt"));
+}
+
+TEST_F(CliTest, TimeZoneChangeBetweenRunsKeepsANewFile) {
+  WriteAged("A/kept.txt", "kept", 7200);
+  WriteAged("B/kept.txt", "kept", 7200);
+  WriteIni(TwoFolderSet("Docs"));
+  Result r = Run("sync --yes Docs", "JST-9");
+  ASSERT_EQ(r.exit_code, 0) << r.out << r.err;
+  // Made after the sync; its date must lie after the second the last-sync
+  // date is kept to.
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+  dir_.WriteFile("A/new.txt", "made in Tokyo");
+
+  r = Run("sync --yes Docs", "PST8");
+
+  EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
+  EXPECT_EQ(dir_.ReadFile("A/new.txt"), "made in Tokyo");
+  EXPECT_EQ(r.out.find("Deleting"), std::string::npos) << r.out;
+}
+
+TEST_F(CliTest, NulByteInAFolderValueEndsThePath) {
+  mkdir(dir_.Join("A/top").c_str(), 0755);
+  mkdir(dir_.Join("A/top/sub").c_str(), 0755);
+  WriteAged("A/top/sub/x.txt", "x", 600);
+  WriteIni("[Sec: Docs]\r\nDir1=" + dir_.Join("A/top") + std::string(1, '\0') +
+           "/A\r\nDir2=" + dir_.Join("B") + "\r\n");
+
+  const Result r = Run("sync --yes Docs");
+
+  EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
+  EXPECT_EQ(dir_.ReadFile("B/sub/x.txt"), "x");
+}
+
+TEST_F(CliTest, PlanJsonIsUtf8WhateverTheNamesHold) {
+  dir_.WriteFile("A/caf\xe9.txt", "latin-1 name");
+  dir_.WriteFile("A/caf\xc3\xa9.txt", "utf-8 name");
+  WriteIni(TwoFolderSet("Docs"));
+
+  const Result r = Run("plan --json Docs");
+
+  EXPECT_EQ(r.exit_code, 0) << r.err;
+  EXPECT_NE(r.out.find("\"name\":\"caf\\udce9.txt\""), std::string::npos)
+      << r.out;
+  EXPECT_NE(r.out.find("\"name\":\"caf\xc3\xa9.txt\""), std::string::npos)
+      << r.out;
+  EXPECT_EQ(r.out.find("caf\xe9"), std::string::npos);
+}
+
+TEST_F(CliTest, HelpNamesTheNewOptionAndExitCode) {
+  const Result r = Run("--help");
+  EXPECT_NE(r.out.find("--allow-mass-delete"), std::string::npos) << r.out;
+  EXPECT_NE(r.out.find("4 done, but operations failed"), std::string::npos)
+      << r.out;
+  EXPECT_NE(r.out.find("\\udc80..\\udcff"), std::string::npos) << r.out;
 }
 
 }  // namespace

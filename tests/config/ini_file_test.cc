@@ -3,6 +3,9 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <filesystem>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <system_error>
@@ -279,6 +282,70 @@ TEST(INIFileSectionTest, LoadFromFileOnMissingFileOrSectionIsFalseQuietly) {
   EXPECT_FALSE(section.LoadFromFile(dir.Join("f.ini"), "S"));
   EXPECT_EQ(section.VarCount(), 0);
   EXPECT_TRUE(ui.messages.empty());
+}
+
+TEST_F(INIFileTest, NulByteEndsTheLineItStandsIn) {
+  const char kText[] = "[Sec: X]\r\nDir1=/x/top\0/A\r\nDir2=/y\r\nK\0ey=v\r\n";
+  Load(std::string(kText, sizeof kText - 1));
+  const std::shared_ptr<INIFileSection> section = ini_.Section("Sec: X");
+  ASSERT_TRUE(section);
+  EXPECT_EQ(section->FindVar("Dir1"), "/x/top");
+  EXPECT_EQ(section->FindVar("Dir2"), "/y");
+  // A name cut before its "=" makes no entry.
+  EXPECT_EQ(section->VarCount(), 2);
+}
+
+TEST_F(INIFileTest, ManySectionsAreFoundByNameIgnoringCase) {
+  std::string text;
+  for (int i = 0; i < 100000; ++i) {
+    text += "[Sec: " + std::to_string(i) + "]\r\nDir1=/d" + std::to_string(i) +
+            "\r\n";
+  }
+  text += "[sec: 7]\r\nDir2=/later\r\n";
+  ini_.LoadText(text);
+  EXPECT_EQ(ini_.SecCount(), 100000);
+  EXPECT_EQ(ini_.IndexOfSection("SEC: 99999"), 100000);
+  EXPECT_EQ(ini_.Section("Sec: 7")->FindVar("Dir2"), "/later");
+  EXPECT_EQ(ini_.IndexOfSection("Sec: 100000"), -1);
+  // Removing a section moves the later ones down; the index follows.
+  ini_.RemoveSection("sec: 0");
+  EXPECT_EQ(ini_.IndexOfSection("Sec: 0"), -1);
+  EXPECT_EQ(ini_.IndexOfSection("Sec: 99999"), 99999);
+  EXPECT_EQ(ini_.AddSection("New")->SecName, "New");
+  EXPECT_EQ(ini_.IndexOfSection("NEW"), 100000);
+  ini_.Clear();
+  EXPECT_EQ(ini_.IndexOfSection("Sec: 1"), -1);
+  EXPECT_EQ(ini_.IndexOfSection(""), 0);
+}
+
+TEST_F(INIFileTest, FailedSaveLeavesNoTemporaryFile) {
+  Load("[S]\r\nk=old\r\n");
+  ASSERT_EQ(mkdir(dir_.Join("settings.ini").c_str(), 0755), 0);
+  EXPECT_THROW(ini_.SaveFile(dir_.Join("settings.ini")), std::system_error);
+  std::vector<std::string> names;
+  for (const auto& entry : std::filesystem::directory_iterator(dir_.path())) {
+    names.push_back(entry.path().filename().string());
+  }
+  std::sort(names.begin(), names.end());
+  EXPECT_EQ(names, (std::vector<std::string>{"settings.ini", "test.ini"}));
+}
+
+TEST(INIFileSectionTest, ManyKeysAreFoundByExactName) {
+  INIFileSection section("S");
+  for (int i = 0; i < 100000; ++i) {
+    section.AddVar("Key" + std::to_string(i), std::to_string(i));
+  }
+  section.AddVar("Key5", "replaced");
+  EXPECT_EQ(section.VarCount(), 100000);
+  EXPECT_EQ(section.FindVarIndex("Key99999"), 100000);
+  EXPECT_EQ(section.FindVar("Key5"), "replaced");
+  EXPECT_EQ(section.FindVarIndex("key5"), -1);
+  // A renamed entry is found by its new name only.
+  section.SetVarName(1, "First");
+  EXPECT_EQ(section.FindVarIndex("First"), 1);
+  EXPECT_EQ(section.FindVarIndex("Key0"), -1);
+  section.ClearVars();
+  EXPECT_EQ(section.FindVarIndex("Key1"), -1);
 }
 
 }  // namespace

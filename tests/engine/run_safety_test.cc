@@ -14,18 +14,24 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
 #include <cstdint>
+#include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <fstream>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "app/program.h"
+#include "app/sync_driver.h"
 #include "config/ini_file.h"
 #include "config/ini_file_section.h"
-#include "app/program.h"
 #include "engine/log_file.h"
 #include "engine/run_state.h"
 #include "engine/sync_file.h"
@@ -34,9 +40,12 @@
 #include "support/immutable_guard.h"
 #include "support/recording_user_interface.h"
 #include "support/run_files.h"
+#include "support/scoped_time_zone.h"
 #include "support/temp_dir.h"
 #include "support/test_dates.h"
 #include "support/text_echo.h"
+#include "util/date_time.h"
+#include "util/file_system.h"
 #include "util/text_file.h"
 #include "util/user_interface.h"
 
@@ -115,6 +124,43 @@ class RunSafetyTest : public ::testing::Test {
   }
 
   std::string LogText() const { return echo_.text; }
+
+  // Runs the set through the sync driver as the desktop program does, with
+  // the given answer to a mass deletion.
+  SetOutcome RunWith(MassDeletion mass_deletion) {
+    RunOptions options;
+    options.save_last_sync_dates = false;
+    options.mass_deletion = mass_deletion;
+    return RunSyncSets(program_, {&set_}, options).outcomes.front();
+  }
+
+  static std::string Numbered(int k) {
+    return "/f" + std::string(k < 10 ? "0" : "") + std::to_string(k) + ".txt";
+  }
+
+  // Puts the same old files, f01.txt.., in both folders.
+  void PutSyncedFiles(int count) {
+    for (int k = 1; k <= count; ++k) {
+      Put(a_ + Numbered(k), "same " + Numbered(k), kOldTime);
+      Put(b_ + Numbered(k), "same " + Numbered(k), kOldTime);
+    }
+  }
+
+  // After a sync of twelve files, ten are deleted from folder a: the run
+  // would delete ten of the twelve in folder b.
+  void DeleteTenOfTwelve() {
+    UseFolders();
+    set_.LastSyncDate = LastSync();
+    PutSyncedFiles(12);
+    DeleteFromA(1, 10);
+  }
+
+  // Deletes files first..last of PutSyncedFiles from folder a.
+  void DeleteFromA(int first, int last) {
+    for (int k = first; k <= last; ++k) {
+      ASSERT_EQ(unlink((a_ + Numbered(k)).c_str()), 0) << k;
+    }
+  }
 
   static std::string DateStaysLine(long failed, long incomplete) {
     return "The last synchronization date stays as it was: " +
@@ -559,6 +605,382 @@ TEST_F(RunSafetyTest, ReplacingContentThroughALinkKeepsTheLink) {
   EXPECT_EQ(Read(link), "new settings");
   EXPECT_EQ(Entries(a_), std::vector<std::string>{"settings.ini"});
   EXPECT_EQ(Entries(outside_), std::vector<std::string>{"settings.ini"});
+}
+
+// --- A last-sync date that cannot be trusted ---------------------------------
+
+TEST_F(RunSafetyTest, LastSyncDateInTheFutureStopsTheRunAndNamesTheDate) {
+  UseFolders();
+  Put(a_ + "/kept.txt", "kept", kOldTime);
+  Put(b_ + "/kept.txt", "kept", kOldTime);
+  // Made after the real last sync, but before the date the set holds: it
+  // would look deleted from a.
+  Put(b_ + "/new.txt", "new in b", kNewTime);
+  set_.LastSyncDate = std::floor(Now()) + 400;
+
+  EXPECT_FALSE(RunSets(program_, {&set_}));
+
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  const std::string& text = ui_.messages[0].text;
+  EXPECT_TRUE(Contains(
+      text, "the last synchronization date of the set 'Docs', " +
+                FormatGeneralDate(set_.LastSyncDate) + ", lies in the future"))
+      << text;
+  EXPECT_TRUE(Contains(text, "type Never as the last sync date")) << text;
+  EXPECT_TRUE(Contains(text, "remove the LastSyncDate line")) << text;
+  EXPECT_EQ(Read(b_ + "/new.txt"), "new in b");
+  EXPECT_FALSE(Exists(a_ + "/new.txt"));
+}
+
+TEST_F(RunSafetyTest, LastSyncDateInTheFutureStopsAQuietRunToo) {
+  UseFolders();
+  Put(b_ + "/new.txt", "new in b", kNewTime);
+  set_.LastSyncDate = std::floor(Now()) + 1;
+  set_.QuietMode = true;
+
+  EXPECT_FALSE(RunSets(program_, {&set_}));
+
+  EXPECT_TRUE(ui_.messages.empty());
+  EXPECT_EQ(Read(b_ + "/new.txt"), "new in b");
+  EXPECT_FALSE(Exists(a_ + "/new.txt"));
+}
+
+// Texts that name no date the program can hold: read, kept and refused.
+class UnusableLastSyncDateTest
+    : public RunSafetyTest,
+      public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(UnusableLastSyncDateTest, IsRefusedAsBadConfigurationAndKept) {
+  const std::string text = GetParam();
+  INIFileSection section("Sec: Docs");
+  section.AddVar("Dir1", a_);
+  section.AddVar("Dir2", b_);
+  section.AddVar("LastSyncDate", text);
+  set_.ReadFromINI(section);
+  Put(b_ + "/new.txt", "new in b", kNewTime);
+  EXPECT_EQ(set_.LastSyncDate, 0);
+  EXPECT_EQ(set_.UnusableLastSyncDate(), text);
+
+  EXPECT_FALSE(RunSets(program_, {&set_}));
+
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_TRUE(Contains(ui_.messages[0].text,
+                       "the last synchronization date of the set 'Docs', \"" +
+                           text + "\", is not a date"))
+      << ui_.messages[0].text;
+  EXPECT_FALSE(Exists(a_ + "/new.txt"));
+  // Saving keeps it until somebody replaces it.
+  INIFileSection written("Sec: Docs");
+  set_.WriteToINI(written);
+  EXPECT_EQ(written.FindVar2("LastSyncDate", "<absent>"), text);
+  set_.SetLastSyncDate(0);
+  INIFileSection cleared("Sec: Docs");
+  set_.WriteToINI(cleared);
+  EXPECT_EQ(cleared.FindVar2("LastSyncDate", "<absent>"), "<absent>");
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, UnusableLastSyncDateTest,
+                         ::testing::Values("1e308", "99999999999999999999",
+                                           "-1e300", "nan", "2026-13-01",
+                                           "yesterday"));
+
+TEST_F(RunSafetyTest, SerialDateFarAheadIsRefusedAsInTheFuture) {
+  INIFileSection section("Sec: Docs");
+  section.AddVar("Dir1", a_);
+  section.AddVar("Dir2", b_);
+  section.AddVar("LastSyncDate", "99999");
+  set_.ReadFromINI(section);
+  Put(b_ + "/new.txt", "new in b", kNewTime);
+  EXPECT_EQ(set_.LastSyncDate, 99999);
+
+  EXPECT_FALSE(RunSets(program_, {&set_}));
+
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_TRUE(Contains(ui_.messages[0].text,
+                       "2173-10-13 00:00:00, lies in "
+                       "the future"))
+      << ui_.messages[0].text;
+  EXPECT_EQ(Read(b_ + "/new.txt"), "new in b");
+}
+
+TEST_F(RunSafetyTest, TimeZoneChangeBetweenRunsDoesNotDeleteANewFile) {
+  UseFolders();
+  Put(a_ + "/kept.txt", "kept", kOldTime);
+  Put(b_ + "/kept.txt", "kept", kOldTime);
+  ScopedTimeZone zone("JST-9");
+  ASSERT_TRUE(RunSets(program_, {&set_}));
+  INIFileSection saved("Sec: Docs");
+  set_.WriteToINI(saved);
+  // The new file's date must lie after the second the date is kept to.
+  std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+
+  // The next run is made in Los Angeles, 17 hours behind: read as local
+  // time there, the date would lie 17 hours after this new file.
+  zone.Set("PST8");
+  Synchronizer later;
+  later.Name = "Docs";
+  later.SetLog(&log_);
+  later.SetRunState(&program_.Run());
+  later.ReadConflictInfo(*catalogue_);
+  later.ReadFromINI(saved);
+  // Read as the same moment: 17 hours earlier on the clock (to the second).
+  EXPECT_NEAR(later.LastSyncDate, set_.LastSyncDate - 17.0 / 24, 1.0 / 86400);
+  Put(a_ + "/new.txt", "made after the sync", std::time(nullptr));
+
+  EXPECT_TRUE(RunSets(program_, {&later}));
+
+  EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
+  EXPECT_EQ(Read(a_ + "/new.txt"), "made after the sync") << LogText();
+  EXPECT_FALSE(Contains(LogText(), "Deleting")) << LogText();
+}
+
+// --- A destination that changes while its replacement is written -------------
+
+TEST_F(RunSafetyTest, EditToTheDestinationDuringTheCopyIsKept) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(a_ + "/big.bin", std::string(std::size_t{24} << 20, 'n'), kNewTime);
+  Put(b_ + "/big.bin", "old", kOldTime);
+  bool edited = false;
+  ui_.on_events = [&] {
+    if (edited || PartialFiles(b_).empty()) return;
+    Put(b_ + "/big.bin", "edited while the copy was written", kNewTime + 60);
+    edited = true;
+  };
+
+  EXPECT_TRUE(RunSets(program_, {&set_}));
+
+  ASSERT_TRUE(edited);
+  EXPECT_TRUE(Read(b_ + "/big.bin") == "edited while the copy was written");
+  EXPECT_TRUE(
+      Contains(LogText(), "Skipped: " + b_ + "/big.bin changed since the scan"))
+      << LogText();
+  EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
+  EXPECT_EQ(set_.IgnoredErrors(), 1);
+  EXPECT_TRUE(PartialFiles(b_).empty());
+  EXPECT_EQ(set_.LastSyncDate, LastSync());
+}
+
+TEST_F(RunSafetyTest, FileRenamedIntoPlaceDuringTheCopyIsKept) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(a_ + "/big.bin", std::string(std::size_t{24} << 20, 'n'), kNewTime);
+  Put(b_ + "/big.bin", "old", kOldTime);
+  // The same size and date as the file the scan saw: only the file itself
+  // tells them apart.
+  Put(outside_ + "/other.bin", "OLD", kOldTime);
+  bool replaced = false;
+  ui_.on_events = [&] {
+    if (replaced || PartialFiles(b_).empty()) return;
+    replaced = rename((outside_ + "/other.bin").c_str(),
+                      (b_ + "/big.bin").c_str()) == 0;
+  };
+
+  EXPECT_TRUE(RunSets(program_, {&set_}));
+
+  ASSERT_TRUE(replaced);
+  EXPECT_TRUE(Read(b_ + "/big.bin") == "OLD");
+  EXPECT_EQ(set_.IgnoredErrors(), 1);
+  EXPECT_TRUE(PartialFiles(b_).empty());
+}
+
+// --- A source that holds nothing that takes part ----------------------------
+
+// What a source folder holds after a sync, none of it a file of the run.
+enum class NonParticipant { kLeftover, kDanglingLink, kEmptyFolder, kExcluded };
+
+class EmptyLookingSourceTest
+    : public RunSafetyTest,
+      public ::testing::WithParamInterface<NonParticipant> {};
+
+TEST_P(EmptyLookingSourceTest, StopsTheRunBeforeAnyDeletion) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  set_.ExcludeSpec = "*.tmp";
+  Put(b_ + "/x.txt", "x in b", kOldTime);
+  Put(b_ + "/y.txt", "y in b", kOldTime);
+  switch (GetParam()) {
+    case NonParticipant::kLeftover:
+      Put(a_ + "/.pairwell-partial-Ab12Cd", "half", std::time(nullptr) + 600);
+      break;
+    case NonParticipant::kDanglingLink:
+      MakeLink(tmp_.Join("nowhere"), a_ + "/gone");
+      break;
+    case NonParticipant::kEmptyFolder:
+      MakeFolder(a_ + "/lost+found");
+      break;
+    case NonParticipant::kExcluded:
+      Put(a_ + "/scratch.tmp", "excluded", kOldTime);
+      break;
+  }
+
+  EXPECT_FALSE(RunSets(program_, {&set_}));
+
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_TRUE(Contains(ui_.messages[0].text, "the folder '" + a_ +
+                                                 "' is empty, so the files of "
+                                                 "the other folders would be "
+                                                 "deleted"))
+      << ui_.messages[0].text;
+  EXPECT_EQ(Read(b_ + "/x.txt"), "x in b");
+  EXPECT_EQ(Read(b_ + "/y.txt"), "y in b");
+}
+
+std::string HoldingName(const ::testing::TestParamInfo<NonParticipant>& info) {
+  switch (info.param) {
+    case NonParticipant::kLeftover:
+      return "Leftover";
+    case NonParticipant::kDanglingLink:
+      return "DanglingLink";
+    case NonParticipant::kEmptyFolder:
+      return "EmptyFolder";
+    case NonParticipant::kExcluded:
+      return "ExcludedFile";
+  }
+  return "Unknown";
+}
+
+INSTANTIATE_TEST_SUITE_P(Holdings, EmptyLookingSourceTest,
+                         ::testing::Values(NonParticipant::kLeftover,
+                                           NonParticipant::kDanglingLink,
+                                           NonParticipant::kEmptyFolder,
+                                           NonParticipant::kExcluded),
+                         HoldingName);
+
+// --- Deleting most of a folder ----------------------------------------------
+
+TEST_F(RunSafetyTest, MassDeletionIsAskedWithNoAsTheDefault) {
+  DeleteTenOfTwelve();
+
+  EXPECT_EQ(RunWith(MassDeletion::kAsk), SetOutcome::kMassDeletionRefused);
+
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_EQ(ui_.messages[0].text,
+            "This run would delete 10 of the 12 files in the folder '" + b_ +
+                "'.\n\nDo you want to delete them?");
+  EXPECT_EQ(ui_.messages[0].style,
+            kMbYesNo | kMbExclamation | kMbDefaultButton2);
+  EXPECT_EQ(Entries(b_).size(), 12u);
+  EXPECT_EQ(set_.LastSyncDate, LastSync());
+  EXPECT_TRUE(Contains(LogText(),
+                       "Warning: This run would delete 10 of the 12 "
+                       "files in the folder '" +
+                           b_ + "'."))
+      << LogText();
+}
+
+TEST_F(RunSafetyTest, MassDeletionGoesOnWhenAnsweredYes) {
+  DeleteTenOfTwelve();
+  ui_.answers = {kIdYes};
+
+  EXPECT_EQ(RunWith(MassDeletion::kAsk), SetOutcome::kCompleted);
+
+  EXPECT_EQ(Entries(b_), (std::vector<std::string>{"f11.txt", "f12.txt"}));
+}
+
+TEST_F(RunSafetyTest, MassDeletionInQuietModeDeletesNothing) {
+  set_.QuietMode = true;
+  DeleteTenOfTwelve();
+
+  EXPECT_EQ(RunWith(MassDeletion::kAsk), SetOutcome::kMassDeletionRefused);
+
+  EXPECT_TRUE(ui_.messages.empty());
+  EXPECT_EQ(Entries(b_).size(), 12u);
+}
+
+TEST_F(RunSafetyTest, MassDeletionRefusedOrAllowedWithoutAQuestion) {
+  DeleteTenOfTwelve();
+  ui_.answers = {kIdYes};
+
+  EXPECT_EQ(RunWith(MassDeletion::kRefuse), SetOutcome::kMassDeletionRefused);
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_TRUE(Contains(ui_.messages[0].text, "Nothing was changed."));
+  EXPECT_EQ(ui_.messages[0].style & kMbButtonsMask, kMbOkOnly);
+  EXPECT_EQ(Entries(b_).size(), 12u);
+
+  EXPECT_EQ(RunWith(MassDeletion::kAllow), SetOutcome::kCompleted);
+  EXPECT_EQ(ui_.messages.size(), 1u);
+  EXPECT_EQ(Entries(b_).size(), 2u);
+}
+
+TEST_F(RunSafetyTest, DeletingHalfOrFewerThanTenAsksNothing) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  // Half of twenty, then nine of eleven.
+  PutSyncedFiles(20);
+  DeleteFromA(1, 10);
+  EXPECT_EQ(RunWith(MassDeletion::kRefuse), SetOutcome::kCompleted);
+  EXPECT_EQ(Entries(b_).size(), 10u);
+  DeleteFromA(11, 19);
+  EXPECT_EQ(RunWith(MassDeletion::kRefuse), SetOutcome::kCompleted);
+  EXPECT_EQ(Entries(b_), std::vector<std::string>{"f20.txt"});
+  EXPECT_TRUE(ui_.messages.empty()) << ui_.messages.front().text;
+}
+
+// --- Leftovers and read-only destinations -----------------------------------
+
+TEST_F(RunSafetyTest, LeftoversOfEarlierRunsAreRemovedAndLogged) {
+  UseFolders();
+  MakeFolder(a_ + "/sub");
+  MakeFolder(b_ + "/sub");
+  Put(a_ + "/sub/x.txt", "x", kOldTime);
+  Put(b_ + "/sub/.pairwell-partial-Ab12Cd", "half of an old copy", kOldTime);
+  // Written after the run began: another run's copy in progress.
+  Put(b_ + "/.pairwell-partial-Zz99Yy", "being written",
+      std::time(nullptr) + 600);
+
+  program_.SetSimulationMode(true);
+  EXPECT_TRUE(RunSets(program_, {&set_}));
+  const std::string removing =
+      "Removing the leftover of an interrupted copy: " + b_ +
+      "/sub/.pairwell-partial-Ab12Cd";
+  EXPECT_TRUE(Contains(LogText(), removing)) << LogText();
+  EXPECT_TRUE(Exists(b_ + "/sub/.pairwell-partial-Ab12Cd"));
+
+  program_.SetSimulationMode(false);
+  echo_.text.clear();
+  EXPECT_TRUE(RunSets(program_, {&set_}));
+
+  EXPECT_TRUE(Contains(LogText(), removing)) << LogText();
+  EXPECT_FALSE(Exists(b_ + "/sub/.pairwell-partial-Ab12Cd"));
+  EXPECT_EQ(Read(b_ + "/.pairwell-partial-Zz99Yy"), "being written");
+  EXPECT_FALSE(Contains(LogText(), "copy: " + b_ + "/.pairwell-partial-Zz99Yy"))
+      << LogText();
+  EXPECT_EQ(Read(b_ + "/sub/x.txt"), "x");
+}
+
+TEST_F(RunSafetyTest, ReadOnlyDestinationLeftAloneIsLoggedWithTheReason) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(a_ + "/doc.txt", "new", kNewTime);
+  Put(b_ + "/doc.txt", "old", kOldTime, 0, 0444);
+
+  EXPECT_TRUE(RunSets(program_, {&set_}));
+
+  EXPECT_EQ(Read(b_ + "/doc.txt"), "old");
+  EXPECT_TRUE(Contains(LogText(), "Skipped: " + b_ +
+                                      "/doc.txt is read-only and the action "
+                                      "does not overwrite read-only files"))
+      << LogText();
+}
+
+// --- Values that hold a NUL byte ---------------------------------------------
+
+TEST_F(RunSafetyTest, FolderPathWithANulByteIsNeverReadAsAnotherFolder) {
+  MakeFolder(a_ + "/top");
+  MakeFolder(a_ + "/top/sub");
+  MakeFolder(g_);
+  Put(a_ + "/top/sub/x.txt", "x", kOldTime);
+  set_.PathAdd(a_ + "/top" + std::string(1, '\0') + "/A");
+  set_.PathAdd(b_);
+  set_.PathAdd(g_);
+
+  EXPECT_FALSE(RunSets(program_, {&set_}));
+
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_TRUE(Contains(ui_.messages[0].text, "could not be accessed"))
+      << ui_.messages[0].text;
+  EXPECT_TRUE(Entries(b_).empty());
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 
 #include "config/ini_file_section.h"
 #include "support/recording_user_interface.h"
+#include "support/scoped_time_zone.h"
 #include "support/section_entries.h"
 #include "support/test_dates.h"
 #include "util/date_time.h"
@@ -433,6 +434,7 @@ TEST_F(SynchronizerTest, WriteToINIWritesEveryKeyInOrder) {
       {"SmartSync", "False"},
       {"AllowSmartDeletes", "True"},
       {"LastSyncDate", "2022-03-04 05:06:07"},
+      {"LastSyncMoment", "2022-03-04T05:06:07+00:00"},
       {"ArchiveDeleted", "True"},
       {"ArchiveOverwritten", "False"},
       {"ArchivePath", "C:\\Archive"},
@@ -811,6 +813,51 @@ TEST_F(SynchronizerTest, IndexOutsideTheListsThrowsOutOfRange) {
   }
   EXPECT_THROW(set.WPath(1), std::out_of_range);
   EXPECT_THROW(set.WPathFlags(1), std::out_of_range);
+}
+
+// Runs in Tokyo unless a test moves on.
+class TimeZoneTest : public SynchronizerTest {
+ protected:
+  static void UseZone(const char* zone) { ScopedTimeZone::Set(zone); }
+
+  ScopedTimeZone zone_{"JST-9"};
+};
+
+TEST_F(TimeZoneTest, LastSyncMomentKeepsTheDateAcrossTimeZones) {
+  Synchronizer set;
+  set.SetLastSyncDate(Date(2026, 11, 23, 13, 0, 5));
+  EXPECT_EQ(WrittenValue(set, "LastSyncDate"), "2026-11-23 13:00:05");
+  EXPECT_EQ(WrittenValue(set, "LastSyncMoment"), "2026-11-23T13:00:05+09:00");
+  INIFileSection section("Sec: Test");
+  set.WriteToINI(section);
+
+  UseZone("PST8");
+  Synchronizer later;
+  later.ReadFromINI(section);
+  EXPECT_EQ(FormatGeneralDate(later.LastSyncDate), "2026-11-22 20:00:05");
+  // Written again in this zone, the text follows the zone; the moment stays.
+  EXPECT_EQ(WrittenValue(later, "LastSyncDate"), "2026-11-22 20:00:05");
+  EXPECT_EQ(WrittenValue(later, "LastSyncMoment"), "2026-11-22T20:00:05-08:00");
+}
+
+TEST_F(TimeZoneTest, DateEditedByHandWinsOverTheMomentBesideIt) {
+  Synchronizer set;
+  ReadSet(&set, {{"LastSyncDate", "2026-01-02 03:04:05"},
+                 {"LastSyncMoment", "2025-06-01T00:00:00+09:00"}});
+  EXPECT_EQ(FormatGeneralDate(set.LastSyncDate), "2026-01-02 03:04:05");
+  EXPECT_EQ(WrittenValue(set, "LastSyncMoment"), "2026-01-02T03:04:05+09:00");
+  // A moment that is not one is ignored the same way.
+  ReadSet(&set, {{"LastSyncDate", "2026-01-02 03:04:05"},
+                 {"LastSyncMoment", "soon"}});
+  EXPECT_EQ(FormatGeneralDate(set.LastSyncDate), "2026-01-02 03:04:05");
+}
+
+TEST_F(TimeZoneTest, MomentWithoutADateMeansNeverSynchronized) {
+  Synchronizer set;
+  ReadSet(&set, {{"LastSyncMoment", "2026-01-02T03:04:05+09:00"}});
+  EXPECT_EQ(set.LastSyncDate, 0);
+  EXPECT_EQ(WrittenValue(set, "LastSyncMoment"), "<absent>");
+  EXPECT_EQ(set.UnusableLastSyncDate(), "");
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include "ui/editor/option_form.h"
+
 #include <QAbstractButton>
 #include <QApplication>
 #include <QCheckBox>
@@ -18,10 +20,10 @@
 #include <vector>
 
 #include "app/program.h"
+#include "config/ini_file_section.h"
 #include "engine/synchronizer.h"
 #include "support/test_dates.h"
 #include "ui/editor/cr_option_form.h"
-#include "ui/editor/option_form.h"
 #include "ui/modal_driver.h"
 #include "ui/scripted_front_end.h"
 #include "util/date_time.h"
@@ -152,7 +154,9 @@ class OptionFormTest : public QObject {
   Q_OBJECT
 
  private slots:
-  void init() { QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates)); }
+  void init() {
+    QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));
+  }
   void cleanup() { init(); }
 
   void ControlsHaveTheirNamesAndCaptions() {
@@ -366,6 +370,41 @@ class OptionFormTest : public QObject {
     QVERIFY(Options(s) == before);
   }
 
+  void UnusableDateIsShownKeptUntilReplaced() {
+    Fixture f;
+    Synchronizer& s = *f.set;
+    pairwell::INIFileSection section("Sec: Docs");
+    section.AddVar("LastSyncDate", "1e308");
+    s.ReadFromINI(section);
+    QCOMPARE(s.UnusableLastSyncDate(), std::string("1e308"));
+    OptionForm form;
+    RunResult r = Run(form, s, [](OptionForm& d) {
+      QCOMPARE(Edit(d, "LastSyncDate")->text(), QStringLiteral("1e308"));
+      Button(d, "OKBtn")->click();
+    });
+    QVERIFY(!r.left_open);
+    QCOMPARE(s.UnusableLastSyncDate(), std::string("1e308"));
+
+    r = Run(form, s, [](OptionForm& d) {
+      Type(d, "LastSyncDate", QStringLiteral("2025-03-04 05:06:07"));
+      Button(d, "OKBtn")->click();
+    });
+    QVERIFY(!r.left_open);
+    QVERIFY(s.UnusableLastSyncDate().empty());
+    // The moment written beside the date is the moment of that date here.
+    pairwell::INIFileSection written("Sec: Docs");
+    s.WriteToINI(written);
+    std::int64_t seconds = 0;
+    long nanoseconds = 0;
+    pairwell::DateToFileTime(MakeDate(2025, 3, 4, 5, 6, 7), &seconds,
+                             &nanoseconds);
+    QCOMPARE(written.FindVar("LastSyncDate"),
+             std::string("2025-03-04 05:06:07"));
+    QCOMPARE(written.FindVar("LastSyncMoment"),
+             pairwell::FormatMoment(seconds));
+    QVERIFY(f.ui.messages.empty());
+  }
+
   void NeverBothWays() {
     Fixture f;
     Synchronizer& s = *f.set;
@@ -439,9 +478,11 @@ class OptionFormTest : public QObject {
     QTest::newRow("en 31/02/2005") << false << QStringLiteral("31/02/2005");
     QTest::newRow("en 2/31/2005") << false << QStringLiteral("2/31/2005");
     QTest::newRow("en yesterday") << false << QStringLiteral("yesterday");
-    QTest::newRow("en 2026-13-01") << false << QStringLiteral("2026-13-01 10:00");
+    QTest::newRow("en 2026-13-01")
+        << false << QStringLiteral("2026-13-01 10:00");
     QTest::newRow("de 31/02/2005") << true << QStringLiteral("31/02/2005");
-    QTest::newRow("de 31.02.05 10:00") << true << QStringLiteral("31.02.05 10:00");
+    QTest::newRow("de 31.02.05 10:00")
+        << true << QStringLiteral("31.02.05 10:00");
     QTest::newRow("de yesterday") << true << QStringLiteral("yesterday");
   }
 
@@ -543,8 +584,7 @@ class OptionFormTest : public QObject {
     QFETCH(QString, shown);
     if (german) QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
     const QString expected = QLocale().toString(
-        QDateTime(QDate(2026, 11, 22), QTime(14, 5, 30)),
-        QLocale::ShortFormat);
+        QDateTime(QDate(2026, 11, 22), QTime(14, 5, 30)), QLocale::ShortFormat);
     QCOMPARE(expected, shown);
     Fixture f;
     Synchronizer& s = *f.set;
@@ -595,21 +635,17 @@ class OptionFormTest : public QObject {
                                             QLocale::ShortFormat)
                          << MakeDate(2026, 11, 22);
     }
-    QTest::newRow("en literal short") << false
-                                      << QStringLiteral("11/22/26 2:05 PM")
-                                      << minute;
-    QTest::newRow("en four-digit year") << false
-                                        << QStringLiteral("11/22/2026 2:05 PM")
-                                        << minute;
-    QTest::newRow("en last century") << false
-                                     << QStringLiteral("1/2/99 3:04 AM")
-                                     << MakeDate(1999, 1, 2, 3, 4);
-    QTest::newRow("de literal short") << true
-                                      << QStringLiteral("22.11.26 14:05")
-                                      << minute;
-    QTest::newRow("de four-digit year") << true
-                                        << QStringLiteral("22.11.2026 14:05")
-                                        << minute;
+    QTest::newRow("en literal short")
+        << false << QStringLiteral("11/22/26 2:05 PM") << minute;
+    QTest::newRow("en four-digit year")
+        << false << QStringLiteral("11/22/2026 2:05 PM") << minute;
+    QTest::newRow("en last century")
+        << false << QStringLiteral("1/2/99 3:04 AM")
+        << MakeDate(1999, 1, 2, 3, 4);
+    QTest::newRow("de literal short")
+        << true << QStringLiteral("22.11.26 14:05") << minute;
+    QTest::newRow("de four-digit year")
+        << true << QStringLiteral("22.11.2026 14:05") << minute;
   }
 
   void ReadsTheAcceptedFormats() {
@@ -780,7 +816,8 @@ class OptionFormTest : public QObject {
     s.UseLogFile = true;
     s.LogFileName = "SyncLog.txt";
     OptionForm form;
-    std::vector<QString> answers{QString(), QStringLiteral("/tmp/logs/run.txt")};
+    std::vector<QString> answers{QString(),
+                                 QStringLiteral("/tmp/logs/run.txt")};
     int asked = 0;
     form.SetLogFilePicker([&] { return answers.at(asked++); });
     const RunResult r = Run(form, s, [](OptionForm& d) {
@@ -813,7 +850,8 @@ class OptionFormTest : public QObject {
       QTimer poll;
       poll.setInterval(20);
       QObject::connect(&poll, &QTimer::timeout, [&] {
-        auto* cr = qobject_cast<CROptionForm*>(QApplication::activeModalWidget());
+        auto* cr =
+            qobject_cast<CROptionForm*>(QApplication::activeModalWidget());
         if (cr == nullptr) return;
         poll.stop();
         cr_seen = true;
@@ -845,7 +883,8 @@ class OptionFormTest : public QObject {
       QTimer poll;
       poll.setInterval(20);
       QObject::connect(&poll, &QTimer::timeout, [&] {
-        auto* cr = qobject_cast<CROptionForm*>(QApplication::activeModalWidget());
+        auto* cr =
+            qobject_cast<CROptionForm*>(QApplication::activeModalWidget());
         if (cr == nullptr) return;
         poll.stop();
         seen_again = true;
@@ -860,9 +899,8 @@ class OptionFormTest : public QObject {
   }
 
   void HelpOpensTheOptionsPage() {
-    const QString page =
-        QDir(QCoreApplication::applicationDirPath())
-            .filePath(QStringLiteral("optionsdlg.html"));
+    const QString page = QDir(QCoreApplication::applicationDirPath())
+                             .filePath(QStringLiteral("optionsdlg.html"));
     if (QFileInfo(page).exists()) QSKIP("a help page lies beside the test");
     Fixture f;
     OptionForm form;
@@ -911,8 +949,8 @@ class OptionFormTest : public QObject {
     double date = 42;
     QVERIFY(!pairwell::ParseLastSyncDate(QStringLiteral(""), us, &date));
     QVERIFY(!pairwell::ParseLastSyncDate(QStringLiteral("Never"), us, &date));
-    QVERIFY(!pairwell::ParseLastSyncDate(QStringLiteral("31/02/2005"), us,
-                                         &date));
+    QVERIFY(
+        !pairwell::ParseLastSyncDate(QStringLiteral("31/02/2005"), us, &date));
     QCOMPARE(date, 42.0);
     QCOMPARE(pairwell::LastSyncDateText(0, us), QStringLiteral("Never"));
     QCOMPARE(pairwell::LastSyncDateText(0.999, us), QStringLiteral("Never"));
@@ -921,8 +959,9 @@ class OptionFormTest : public QObject {
     // What the box shows reads back as the same minute, in both locales.
     const QLocale de(QLocale::German, QLocale::Germany);
     for (const QLocale& locale : {us, de}) {
-      for (const double d : {MakeDate(1999, 12, 31, 23, 59), MakeDate(2026, 1, 2, 3, 4),
-                             MakeDate(2045, 6, 7, 8, 9)}) {
+      for (const double d :
+           {MakeDate(1999, 12, 31, 23, 59), MakeDate(2026, 1, 2, 3, 4),
+            MakeDate(2045, 6, 7, 8, 9)}) {
         double back = 0;
         QVERIFY(pairwell::ParseLastSyncDate(
             pairwell::LastSyncDateText(d, locale), locale, &back));

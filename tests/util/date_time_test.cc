@@ -8,6 +8,8 @@
 #include <ctime>
 #include <string>
 
+#include "support/scoped_time_zone.h"
+
 namespace pairwell {
 namespace {
 
@@ -102,6 +104,9 @@ TEST(DateTimeTest, UnreadableDatesAreRefusedAndLeaveTheValue) {
     EXPECT_FALSE(ParseDateText(text, &date)) << text;
     EXPECT_EQ(date, 7) << text;
   }
+  double date = 7;
+  EXPECT_FALSE(ParseDateText(std::string("2026-11-22\0junk", 15), &date));
+  EXPECT_EQ(date, 7);
 }
 
 TEST(DateTimeTest, NowIsTodayInLocalTime) {
@@ -119,24 +124,7 @@ TEST(DateTimeTest, NowIsTodayInLocalTime) {
 // time, written as a rule so that no zone database is needed.
 class LocalTimeTest : public ::testing::Test {
  protected:
-  LocalTimeTest() {
-    const char* old = getenv("TZ");
-    had_tz_ = old != nullptr;
-    if (had_tz_) old_tz_ = old;
-    setenv("TZ", "CET-1CEST,M3.5.0,M10.5.0/3", 1);
-    tzset();
-  }
-  ~LocalTimeTest() override {
-    if (had_tz_) {
-      setenv("TZ", old_tz_.c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
-    tzset();
-  }
-
-  bool had_tz_ = false;
-  std::string old_tz_;
+  ScopedTimeZone zone_{"CET-1CEST,M3.5.0,M10.5.0/3"};
 };
 
 TEST_F(LocalTimeTest, PosixTimeBecomesLocalDateWithDaylightSaving) {
@@ -194,6 +182,68 @@ TEST(FormatDateTest, PatternsOfTheFileLists) {
   for (const auto& c : kCases) {
     EXPECT_EQ(FormatDate(c.date, c.pattern), c.text) << c.pattern;
   }
+}
+
+TEST(DateRangeTest, DatesOutsideTheRangeNeverOverflow) {
+  EXPECT_TRUE(DateInRange(0));
+  EXPECT_TRUE(DateInRange(kFirstDate));
+  // Noon of the first day: its time counts away from zero.
+  EXPECT_TRUE(DateInRange(kFirstDate - 0.5));
+  EXPECT_EQ(FormatGeneralDate(kFirstDate - 0.5), "0100-01-01 12:00:00");
+  EXPECT_FALSE(DateInRange(kFirstDate - 1));
+  EXPECT_FALSE(DateInRange(kEndDate));
+  EXPECT_FALSE(DateInRange(1e308));
+  EXPECT_FALSE(DateInRange(-1e308));
+  EXPECT_FALSE(DateInRange(std::nan("")));
+  EXPECT_FALSE(DateInRange(HUGE_VAL));
+  // Shown as the nearest end of the range.
+  EXPECT_EQ(FormatGeneralDate(1e308), "9999-12-31 23:59:59");
+  EXPECT_EQ(FormatGeneralDate(99999999999999999999.0), "9999-12-31 23:59:59");
+  EXPECT_EQ(FormatGeneralDate(-1e300), "0100-01-01 00:00:00");
+  EXPECT_EQ(FormatGeneralDate(std::nan("")), "1899-12-30 00:00:00");
+  EXPECT_EQ(FormatDate(HUGE_VAL, "mmm d, yyyy"), "Dec 31, 9999");
+}
+
+TEST_F(LocalTimeTest, MomentIsWrittenWithTheOffsetInForce) {
+  // 2026-07-01 10:00 UTC is noon in summer time; 2026-01-01 10:00 UTC is
+  // eleven in winter.
+  EXPECT_EQ(FormatMoment(1782900000), "2026-07-01T12:00:00+02:00");
+  EXPECT_EQ(FormatMoment(1767261600), "2026-01-01T11:00:00+01:00");
+  ScopedTimeZone::Set("PST8PDT,M3.2.0,M11.1.0");
+  EXPECT_EQ(FormatMoment(1767261600), "2026-01-01T02:00:00-08:00");
+}
+
+TEST_F(LocalTimeTest, MomentIsReadWhateverZoneWroteIt) {
+  std::int64_t seconds = 0;
+  double written = 0;
+  ASSERT_TRUE(ParseMoment("2026-07-01T12:00:00+02:00", &seconds, &written));
+  EXPECT_EQ(seconds, 1782900000);
+  EXPECT_EQ(FormatGeneralDate(written), "2026-07-01 12:00:00");
+  ASSERT_TRUE(ParseMoment("2026-07-01T01:30:00-08:30", &seconds, &written));
+  EXPECT_EQ(seconds, 1782900000);
+  ASSERT_TRUE(ParseMoment("2026-07-01T10:00:00Z", &seconds, &written));
+  EXPECT_EQ(seconds, 1782900000);
+  // The same moment, read back in another zone, is that zone's local time.
+  ScopedTimeZone::Set("JST-9");
+  EXPECT_EQ(FormatGeneralDate(FileTimeToDate(seconds, 0)),
+            "2026-07-01 19:00:00");
+}
+
+TEST(MomentTest, TextsThatAreNoMomentAreRefused) {
+  std::int64_t seconds = 7;
+  double written = 7;
+  for (const char* text :
+       {"", "2026-07-01 12:00:00", "2026-07-01T12:00:00",
+        "2026-07-01T12:00:00+2", "2026-07-01T12:00:00+02:00x",
+        "2026-13-01T12:00:00Z", "2026-02-30T12:00:00Z", "2026-07-01T24:00:00Z",
+        "0099-07-01T12:00:00Z", "2026-07-01T12:00:00+24:00",
+        "2026-07-01T12:00:00*02:00"}) {
+    EXPECT_FALSE(ParseMoment(text, &seconds, &written)) << text;
+  }
+  EXPECT_FALSE(ParseMoment(std::string("2026-07-01T10:00:00Z\0", 21), &seconds,
+                           &written));
+  EXPECT_EQ(seconds, 7);
+  EXPECT_EQ(written, 7);
 }
 
 }  // namespace

@@ -200,15 +200,15 @@ OptionForm::~OptionForm() = default;
 
 void OptionForm::CreateControls() {
   // Smart synchronize.
-  smart_sync_group_ = Named(
-      new QGroupBox(QStringLiteral("Smart synchronize"), this),
-      "SmartSyncGroup");
+  smart_sync_group_ =
+      Named(new QGroupBox(QStringLiteral("Smart synchronize"), this),
+            "SmartSyncGroup");
   smart_sync_ = Named(
       new QCheckBox(QStringLiteral("&Enable (recommended)"), smart_sync_group_),
       "SmartSync");
-  label1_ = Named(new QLabel(QStringLiteral("Last sync date:"),
-                             smart_sync_group_),
-                  "Label1");
+  label1_ =
+      Named(new QLabel(QStringLiteral("Last sync date:"), smart_sync_group_),
+            "Label1");
   last_sync_date_ = Named(new QLineEdit(smart_sync_group_), "LastSyncDate");
   label1_->setBuddy(last_sync_date_);
   {
@@ -232,9 +232,9 @@ void OptionForm::CreateControls() {
                   "Label4");
   archive_path_ = Named(new QLineEdit(archive_group_), "ArchivePath");
   label4_->setBuddy(archive_path_);
-  archive_browse_ = Named(
-      new QPushButton(QStringLiteral("Browse..."), archive_group_),
-      "ArchiveBrowse");
+  archive_browse_ =
+      Named(new QPushButton(QStringLiteral("Browse..."), archive_group_),
+            "ArchiveBrowse");
   archive_browse_->setAutoDefault(false);
   {
     auto* grid = new QGridLayout(archive_group_);
@@ -258,9 +258,9 @@ void OptionForm::CreateControls() {
           QStringLiteral("Allow read-only/system files to be &overwritten"),
           frame3_),
       "OWReadOnly");
-  match_cdate_on_copy_ = Named(
-      new QCheckBox(QStringLiteral("Set creation date on copy"), frame3_),
-      "MatchCDateOnCopy");
+  match_cdate_on_copy_ =
+      Named(new QCheckBox(QStringLiteral("Set creation date on copy"), frame3_),
+            "MatchCDateOnCopy");
   {
     auto* box = new QVBoxLayout(frame3_);
     box->addWidget(clear_archive_on_copy_);
@@ -279,19 +279,19 @@ void OptionForm::CreateControls() {
   warn_future_date_ = Named(
       new QCheckBox(QStringLiteral("&Warn about dates in the future"), frame2_),
       "WarnFutureDate");
-  d_read_only_ = Named(
-      new QCheckBox(QStringLiteral("Allow read-only files to be deleted"),
-                    frame2_),
-      "DReadOnly");
-  use_create_date_ = Named(
-      new QCheckBox(
-          QStringLiteral("Use crea&tion date when it seems appropriate"),
-          frame2_),
-      "UseCreateDate");
-  cr_options_btn_ = Named(
-      new QPushButton(QStringLiteral("Conflict-Resolution Options..."),
-                      frame2_),
-      "CROptionsBtn");
+  d_read_only_ =
+      Named(new QCheckBox(QStringLiteral("Allow read-only files to be deleted"),
+                          frame2_),
+            "DReadOnly");
+  use_create_date_ =
+      Named(new QCheckBox(
+                QStringLiteral("Use crea&tion date when it seems appropriate"),
+                frame2_),
+            "UseCreateDate");
+  cr_options_btn_ =
+      Named(new QPushButton(QStringLiteral("Conflict-Resolution Options..."),
+                            frame2_),
+            "CROptionsBtn");
   cr_options_btn_->setAutoDefault(false);
   {
     auto* box = new QVBoxLayout(frame2_);
@@ -305,12 +305,11 @@ void OptionForm::CreateControls() {
 
   // Logging.
   frame1_ = Named(new QGroupBox(QStringLiteral("Logging"), this), "Frame1");
-  use_log_file_ =
-      Named(new QCheckBox(QStringLiteral("&Log to file:"), frame1_),
-            "UseLogFile");
+  use_log_file_ = Named(new QCheckBox(QStringLiteral("&Log to file:"), frame1_),
+                        "UseLogFile");
   log_file_name_ = Named(new QLineEdit(frame1_), "LogFileName");
-  clear_daily_ = Named(new QCheckBox(QStringLiteral("Clear log daily"), frame1_),
-                       "ClearDaily");
+  clear_daily_ = Named(
+      new QCheckBox(QStringLiteral("Clear log daily"), frame1_), "ClearDaily");
   log_file_browse_ = Named(
       new QPushButton(QStringLiteral("Browse..."), frame1_), "LogFileBrowse");
   log_file_browse_->setAutoDefault(false);
@@ -413,7 +412,11 @@ void OptionForm::LoadControls() {
 
   smart_sync_->setChecked(set.SmartSync);
 
-  loaded_date_text_ = LastSyncDateText(set.LastSyncDate, QLocale());
+  // A text the program cannot use is shown as it stands, so that it is seen
+  // and replaced.
+  loaded_date_text_ = set.UnusableLastSyncDate().empty()
+                          ? LastSyncDateText(set.LastSyncDate, QLocale())
+                          : Q(set.UnusableLastSyncDate());
   last_sync_date_->setText(loaded_date_text_);
 
   recursive_->setChecked(set.Recursive);
@@ -438,7 +441,7 @@ bool OptionForm::SaveControls() {
   if (typed.isEmpty()) {
     // An empty box keeps the old date.
   } else if (typed.toUpper() == QLatin1String("NEVER")) {
-    set.LastSyncDate = 0;
+    set.SetLastSyncDate(0);
   } else if (typed == loaded_date_text_.trimmed()) {
     // Untouched: the shown text has lost the seconds the stored date has.
   } else {
@@ -449,7 +452,7 @@ bool OptionForm::SaveControls() {
     }
     // A date before the last day of 1899 is stored, then refused: the
     // person is asked again, and "Never" or a real date replaces it.
-    set.LastSyncDate = date;
+    set.SetLastSyncDate(date);
     if (set.LastSyncDate < 1) {
       MsgBox(kBadDateMessage, kMbOkOnly | kMbExclamation);
       return false;

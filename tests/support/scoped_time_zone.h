@@ -1,0 +1,44 @@
+// Sets the time zone (TZ) for a test's lifetime and puts the old one back.
+// POSIX zone texts ("JST-9", "CET-1CEST,M3.5.0,M10.5.0/3") need no zone
+// database.
+#ifndef PAIRWELL_TESTS_SUPPORT_SCOPED_TIME_ZONE_H_
+#define PAIRWELL_TESTS_SUPPORT_SCOPED_TIME_ZONE_H_
+
+#include <cstdlib>
+#include <ctime>
+#include <string>
+
+namespace pairwell {
+
+class ScopedTimeZone {
+ public:
+  explicit ScopedTimeZone(const char* zone) {
+    const char* before = std::getenv("TZ");
+    had_zone_ = before != nullptr;
+    if (had_zone_) before_ = before;
+    Set(zone);
+  }
+  ~ScopedTimeZone() {
+    if (had_zone_) {
+      setenv("TZ", before_.c_str(), 1);
+    } else {
+      unsetenv("TZ");
+    }
+    tzset();
+  }
+  ScopedTimeZone(const ScopedTimeZone&) = delete;
+  ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
+
+  static void Set(const char* zone) {
+    setenv("TZ", zone, 1);
+    tzset();
+  }
+
+ private:
+  bool had_zone_ = false;
+  std::string before_;
+};
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_TESTS_SUPPORT_SCOPED_TIME_ZONE_H_
