@@ -96,6 +96,13 @@ void INIFileSection::SetVarValue(long index, const std::string& value) {
 }
 
 long INIFileSection::FindVarIndex(const std::string& name) const {
+  // A few entries are quicker to look through than to index.
+  if (entries_.size() <= kLinearLookupLimit) {
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+      if (entries_[i].name == name) return static_cast<long>(i) + 1;
+    }
+    return -1;
+  }
   if (index_stale_) {
     index_.clear();
     for (std::size_t i = 0; i < entries_.size(); ++i) {
@@ -118,7 +125,11 @@ void INIFileSection::AddVar(const std::string& name, const std::string& value) {
     ++comment_count_;
   }
   entries_.push_back(Entry{name, value});
-  if (!index_stale_) index_.emplace(name, VarCount());
+  if (entries_.size() <= kLinearLookupLimit) {
+    index_stale_ = true;
+  } else if (!index_stale_) {
+    index_.emplace(name, VarCount());
+  }
 }
 
 std::string INIFileSection::FindVar(const std::string& name) const {

@@ -83,7 +83,9 @@ class INIFileSection {
   std::vector<Entry> entries_;
   long comment_count_ = 0;
   // Name to the index of the first entry of that name, so that a section of
-  // many entries loads in linear time; rebuilt after a rename.
+  // many entries loads in linear time; rebuilt after a rename. Sections of
+  // up to kLinearLookupLimit entries, nearly all of them, need none.
+  static constexpr std::size_t kLinearLookupLimit = 16;
   mutable std::unordered_map<std::string, long> index_;
   mutable bool index_stale_ = true;
 };
