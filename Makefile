@@ -36,9 +36,11 @@ fuzz: deps
 screenshots: build
 	@scripts/screenshots.sh $(BUILD_DIR)
 
-# Scan speed against rsync and a plain find walk (not part of the tests).
+# Scan speed against rsync and a plain find walk (not part of the tests);
+# make bench-scan FILES=1000000 for a million files a side.
+FILES ?= 100000
 bench-scan: build
-	bench/scan/run.sh $(BUILD_DIR)
+	FILES=$(FILES) bench/scan/run.sh $(BUILD_DIR)
 
 # Copy speed of a first sync against cp -a and rsync -a.
 bench-copy: build

@@ -43,87 +43,87 @@ void JsonWriter::BeforeValue() {
     return;
   }
   if (!has_value_.empty()) {
-    if (has_value_.back()) text_ += ',';
+    if (has_value_.back()) out_->Append(',');
     has_value_.back() = true;
   }
 }
 
 void JsonWriter::Quote(const std::string& value) {
-  text_ += '"';
+  out_->Append('"');
   for (std::size_t i = 0; i < value.size();) {
     const unsigned char c = static_cast<unsigned char>(value[i]);
     const std::size_t length = Utf8SequenceLength(value, i);
     char escape[8];
     if (length == 0) {
       std::snprintf(escape, sizeof escape, "\\udc%02x", c);
-      text_ += escape;
+      out_->Append(escape);
       ++i;
       continue;
     }
     if (length > 1) {
-      text_.append(value, i, length);
+      out_->Append(value.data() + i, length);
       i += length;
       continue;
     }
     ++i;
     switch (c) {
       case '"':
-        text_ += "\\\"";
+        out_->Append("\\\"");
         break;
       case '\\':
-        text_ += "\\\\";
+        out_->Append("\\\\");
         break;
       case '\n':
-        text_ += "\\n";
+        out_->Append("\\n");
         break;
       case '\r':
-        text_ += "\\r";
+        out_->Append("\\r");
         break;
       case '\t':
-        text_ += "\\t";
+        out_->Append("\\t");
         break;
       default:
         if (c < 0x20) {
           std::snprintf(escape, sizeof escape, "\\u%04x", c);
-          text_ += escape;
+          out_->Append(escape);
         } else {
-          text_ += static_cast<char>(c);
+          out_->Append(static_cast<char>(c));
         }
     }
   }
-  text_ += '"';
+  out_->Append('"');
 }
 
 JsonWriter& JsonWriter::BeginObject() {
   BeforeValue();
-  text_ += '{';
+  out_->Append('{');
   has_value_.push_back(false);
   return *this;
 }
 
 JsonWriter& JsonWriter::EndObject() {
   has_value_.pop_back();
-  text_ += '}';
+  out_->Append('}');
   return *this;
 }
 
 JsonWriter& JsonWriter::BeginArray() {
   BeforeValue();
-  text_ += '[';
+  out_->Append('[');
   has_value_.push_back(false);
   return *this;
 }
 
 JsonWriter& JsonWriter::EndArray() {
   has_value_.pop_back();
-  text_ += ']';
+  out_->Append(']');
   return *this;
 }
 
 JsonWriter& JsonWriter::Key(const std::string& key) {
   BeforeValue();
   Quote(key);
-  text_ += ':';
+  out_->Append(':');
   after_key_ = true;
   return *this;
 }
@@ -136,19 +136,19 @@ JsonWriter& JsonWriter::String(const std::string& value) {
 
 JsonWriter& JsonWriter::Number(std::int64_t value) {
   BeforeValue();
-  text_ += std::to_string(value);
+  out_->Append(std::to_string(value));
   return *this;
 }
 
 JsonWriter& JsonWriter::Bool(bool value) {
   BeforeValue();
-  text_ += value ? "true" : "false";
+  out_->Append(value ? "true" : "false");
   return *this;
 }
 
 JsonWriter& JsonWriter::Null() {
   BeforeValue();
-  text_ += "null";
+  out_->Append("null");
   return *this;
 }
 

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "cli/output_buffer.h"
+
 namespace pairwell {
 
 // Values are written in the order they are given; Key() precedes each value
@@ -17,6 +19,13 @@ namespace pairwell {
 // encode("utf-8", "surrogateescape")).
 class JsonWriter {
  public:
+  // Writes into `out` (not owned), or into a buffer of its own whose text()
+  // holds the whole document.
+  explicit JsonWriter(OutputBuffer* out = nullptr)
+      : out_(out != nullptr ? out : &own_) {}
+  JsonWriter(const JsonWriter&) = delete;
+  JsonWriter& operator=(const JsonWriter&) = delete;
+
   JsonWriter& BeginObject();
   JsonWriter& EndObject();
   JsonWriter& BeginArray();
@@ -27,13 +36,15 @@ class JsonWriter {
   JsonWriter& Bool(bool value);
   JsonWriter& Null();
 
-  const std::string& text() const { return text_; }
+  // The document so far, when the writer has its own buffer.
+  const std::string& text() const { return own_.text(); }
 
  private:
   void BeforeValue();
   void Quote(const std::string& value);
 
-  std::string text_;
+  OutputBuffer own_;
+  OutputBuffer* out_;
   // Per open container: whether it holds a value already.
   std::vector<bool> has_value_;
   bool after_key_ = false;

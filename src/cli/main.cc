@@ -1,6 +1,7 @@
 // pairwell-cli: the headless front end.
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -9,6 +10,7 @@
 #include "app/sync_plan.h"
 #include "cli/cli_options.h"
 #include "cli/console_user_interface.h"
+#include "cli/output_buffer.h"
 #include "cli/reports.h"
 
 namespace pairwell {
@@ -27,8 +29,17 @@ int RunPlan(Program& program, const CliOptions& options) {
   }
   const SyncPlan plan(*set);
   if (!plan.ok()) return kExitFailed;
-  const std::string report = options.json ? PlanJson(*set) : PlanTable(*set);
-  std::fputs(report.c_str(), stdout);
+  OutputBuffer out(stdout);
+  if (options.json) {
+    PlanJson(*set, out);
+  } else {
+    PlanTable(*set, out);
+  }
+  if (!out.Flush()) {
+    std::fprintf(stderr, "pairwell-cli: the plan could not be written: %s\n",
+                 std::strerror(out.error_number()));
+    return kExitFailed;
+  }
   return kExitOk;
 }
 

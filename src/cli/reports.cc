@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "cli/json_writer.h"
+#include "cli/output_buffer.h"
 #include "engine/action_texts.h"
 #include "engine/sync_file.h"
 #include "engine/sync_set_list.h"
@@ -84,30 +85,29 @@ std::string SetListText(const SyncSetList& sets) {
   return text;
 }
 
-std::string PlanTable(const Synchronizer& set) {
+void PlanTable(const Synchronizer& set, OutputBuffer& out) {
   std::size_t name_width = 4;
   std::size_t status_width = 6;
   for (long i = 1; i <= set.WFileCount(); ++i) {
     name_width = std::max(name_width, set.WFile(i).RelativeName().size());
   }
   status_width = std::max<std::size_t>(status_width, set.WPathCount() + 2);
-  std::string text = PadRight("File", name_width + 2) +
-                     PadRight("Status", status_width + 2) + "Action\n";
+  out.Append(PadRight("File", name_width + 2) +
+             PadRight("Status", status_width + 2) + "Action\n");
   for (long i = 1; i <= set.WFileCount(); ++i) {
     const SyncFile& file = set.WFile(i);
-    text += PadRight(file.RelativeName(), name_width + 2) +
-            PadRight(StatusText(file), status_width + 2) + ActionText(file) +
-            "\n";
+    out.Append(PadRight(file.RelativeName(), name_width + 2) +
+               PadRight(StatusText(file), status_width + 2) + ActionText(file) +
+               "\n");
   }
-  text += StatsText(set, CountConflicts(set)) + "\n";
+  out.Append(StatsText(set, CountConflicts(set)) + "\n");
   for (const std::string& warning : set.MassDeletionWarnings()) {
-    text += "Warning: " + warning + "\n";
+    out.Append("Warning: " + warning + "\n");
   }
-  return text;
 }
 
-std::string PlanJson(const Synchronizer& set) {
-  JsonWriter json;
+void PlanJson(const Synchronizer& set, OutputBuffer& out) {
+  JsonWriter json(&out);
   json.BeginObject();
   json.Key("set").String(set.Name);
   json.Key("lastSync");
@@ -140,7 +140,7 @@ std::string PlanJson(const Synchronizer& set) {
   }
   json.EndArray();
   json.EndObject();
-  return json.text() + "\n";
+  out.Append('\n');
 }
 
 }  // namespace pairwell

@@ -7,6 +7,7 @@
 
 namespace pairwell {
 
+class OutputBuffer;
 class SyncSetList;
 class Synchronizer;
 
@@ -15,11 +16,13 @@ class Synchronizer;
 std::string SetListText(const SyncSetList& sets);
 
 // The run's files as a table with the columns File, Status and Action, then
-// the statistics line. The action list must have been built.
-std::string PlanTable(const Synchronizer& set);
+// the statistics line and the warnings. The action list must have been
+// built. Written as it goes: the report is never held whole.
+void PlanTable(const Synchronizer& set, OutputBuffer& out);
 
-// The run as one JSON object: set, lastSync, folders, files, stats.
-std::string PlanJson(const Synchronizer& set);
+// The run as one JSON object (set, lastSync, folders, files, stats,
+// warnings) and a line break, written as it goes.
+void PlanJson(const Synchronizer& set, OutputBuffer& out);
 
 }  // namespace pairwell
 

@@ -1046,5 +1046,19 @@ TEST_F(CliTest, HelpNamesTheNewOptionAndExitCode) {
   EXPECT_NE(r.out.find("\\udc80..\\udcff"), std::string::npos) << r.out;
 }
 
+TEST_F(CliTest, PlanThatCannotBeWrittenFailsAndSaysWhy) {
+  dir_.WriteFile("A/a.txt", "one");
+  WriteIni(TwoFolderSet("Docs"));
+  for (const char* args :
+       {"plan Docs > /dev/full", "plan --json Docs > /dev/full"}) {
+    const Result r = Run(args);
+    EXPECT_EQ(r.exit_code, 1) << args;
+    EXPECT_NE(r.err.find("pairwell-cli: the plan could not be written: No "
+                         "space left on device"),
+              std::string::npos)
+        << r.err;
+  }
+}
+
 }  // namespace
 }  // namespace pairwell
