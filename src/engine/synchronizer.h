@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "engine/conflict_descriptor.h"
+#include "engine/folder_prefetch.h"
 #include "engine/log_file.h"
 #include "engine/run_state.h"
 #include "engine/string_tree.h"
@@ -179,6 +180,12 @@ class Synchronizer {
   // Empties the working files, folders and tree.
   void FreeSyncData();
 
+  // The threads a scan may use, its own included: with more than one, the
+  // working folders after the first are listed ahead on the others (merge-to
+  // folders excepted: they are read only where the tree leads). 0, the
+  // default, means one per core. The result is the same whatever the count.
+  void SetScanThreads(int threads) { scan_threads_ = threads; }
+
   // The 1-based index of the file whose action PerformActions carries out
   // now (the count of files done so far plus one); 0 before the actions.
   long CurrentAction() const { return current_action_; }
@@ -253,6 +260,15 @@ class Synchronizer {
   bool PrepareFolders();
   bool CheckFolderCounts();
   void ReadFolderOfPath(int i);
+  // The working folders in the order the scan reads them.
+  std::vector<int> ReadOrder() const;
+  // Starts listing the working folders that the scan reads after the
+  // first, when more than one thread may be used.
+  void StartPrefetch();
+  // Appends folder rel's rows (full_path on disk) to the entry array, from
+  // the listing made ahead or read now; 0 or the error number.
+  int ListRows(int i, const std::string& rel, const std::string& full_path,
+               std::vector<LeftOutEntry>* left_out);
   void ReadFolder(int i, const std::string& folder, const std::string& rel,
                   StringTree& tree, bool merge_only);
   // Sorts the rows [first, last) of the entry array by name and marks the
@@ -315,6 +331,10 @@ class Synchronizer {
   const RunState* run_state_ = nullptr;
   // The rows of the folder being read; a folder's rows are an index range.
   std::vector<FolderEntry> listing_;
+  int scan_threads_ = 0;
+  std::unique_ptr<FolderPrefetch> prefetch_;
+  // Per working folder: its root in prefetch_, or -1 when it is read here.
+  std::vector<int> prefetch_root_;
   double scan_started_ = 0;
   std::int64_t scan_started_moment_ = 0;  // POSIX seconds
   std::int64_t last_sync_moment_ = 0;

@@ -1,7 +1,10 @@
 // The scan side of a sync set: folder checks, folder reading and default
 // actions.
 #include <algorithm>
+#include <iterator>
+#include <memory>
 #include <stdexcept>
+#include <thread>
 
 #include "engine/log_file.h"
 #include "engine/sync_file.h"
@@ -92,14 +95,15 @@ bool Synchronizer::BuildActionList() {
     FreeSyncData();
     return false;
   }
-  // Sources first, so that merge-to folders find the names they may join.
-  for (const std::int32_t type :
-       {kFolderSource, kFolderMergeTo, kFolderMirrorTo}) {
-    for (int i = 1; i <= WPathCount(); ++i) {
-      if (FolderTypeOf(WPathFlags(i)) != type) continue;
-      ReadFolderOfPath(i);
-      if (StopFlag || scan_failed_) return false;
-    }
+  StartPrefetch();
+  // Whatever way the reading ends, the threads listing ahead stop with it.
+  struct StopPrefetch {
+    std::unique_ptr<FolderPrefetch>& prefetch;
+    ~StopPrefetch() { prefetch.reset(); }
+  } stop_prefetch{prefetch_};
+  for (const int i : ReadOrder()) {
+    ReadFolderOfPath(i);
+    if (StopFlag || scan_failed_) return false;
   }
   // The listings are in the files now; their memory goes back.
   std::vector<FolderEntry>().swap(listing_);
@@ -232,6 +236,65 @@ bool Synchronizer::PrepareFolders() {
   return true;
 }
 
+std::vector<int> Synchronizer::ReadOrder() const {
+  // Sources first, so that merge-to folders find the names they may join.
+  std::vector<int> order;
+  for (const std::int32_t type :
+       {kFolderSource, kFolderMergeTo, kFolderMirrorTo}) {
+    for (int i = 1; i <= WPathCount(); ++i) {
+      if (FolderTypeOf(WPathFlags(i)) == type) order.push_back(i);
+    }
+  }
+  return order;
+}
+
+void Synchronizer::StartPrefetch() {
+  const unsigned cores = std::thread::hardware_concurrency();
+  const int threads =
+      scan_threads_ > 0 ? scan_threads_ : static_cast<int>(std::max(cores, 1u));
+  prefetch_root_.assign(static_cast<std::size_t>(WPathCount()), -1);
+  if (threads < 2) return;
+  std::vector<std::string> roots;
+  const std::vector<int> order = ReadOrder();
+  for (std::size_t k = 1; k < order.size(); ++k) {
+    const int i = order[k];
+    if (FolderTypeOf(WPathFlags(i)) == kFolderMergeTo ||
+        At(work_folders_, i).missing) {
+      continue;
+    }
+    prefetch_root_[static_cast<std::size_t>(i - 1)] =
+        static_cast<int>(roots.size());
+    roots.push_back(WPath(i));
+  }
+  if (roots.empty()) return;
+  prefetch_ = std::make_unique<FolderPrefetch>(
+      std::move(roots),
+      [this](const std::string& name) { return PassesFilters(name, true); },
+      threads - 1);
+}
+
+int Synchronizer::ListRows(int i, const std::string& rel,
+                           const std::string& full_path,
+                           std::vector<LeftOutEntry>* left_out) {
+  const int root = prefetch_root_.empty()
+                       ? -1
+                       : prefetch_root_[static_cast<std::size_t>(i - 1)];
+  FolderPrefetch::Listing listing;
+  if (root >= 0 && prefetch_ &&
+      prefetch_->Take(static_cast<std::size_t>(root), rel, &listing, [this] {
+        ManageUI();
+        return !StopFlag;
+      })) {
+    listing_.insert(listing_.end(),
+                    std::make_move_iterator(listing.entries.begin()),
+                    std::make_move_iterator(listing.entries.end()));
+    *left_out = std::move(listing.left_out);
+    return listing.error_number;
+  }
+  if (StopFlag) return 0;  // the scan ends without this listing
+  return ListFolder(full_path, &listing_, left_out);
+}
+
 void Synchronizer::ReadFolderOfPath(int i) {
   listing_.clear();
   if (At(work_folders_, i).missing) return;  // empty until really created
@@ -285,7 +348,7 @@ void Synchronizer::ReadFolder(int i, const std::string& folder,
 
   const std::size_t first = listing_.size();
   std::vector<LeftOutEntry> left_out;
-  const int error_number = ListFolder(full_path, &listing_, &left_out);
+  const int error_number = ListRows(i, rel, full_path, &left_out);
   if (error_number == 0 && !NoteLeftOut(left_out, rel, full_path)) {
     scan_failed_ = true;
     return;

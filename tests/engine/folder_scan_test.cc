@@ -846,6 +846,8 @@ TEST_F(FolderScanTest, LinksAndFifosAreLeftOutAndLogged) {
 
 TEST_F(FolderScanReadErrorTest, UnreadableSubFolderEndsTheScan) {
   ui_.set = &set_;
+  // The folder becomes unreadable when this thread reads it.
+  set_.SetScanThreads(1);
   AddFolder("A");
   const std::string b = AddFolder("B");
   Write("A/a.txt");
