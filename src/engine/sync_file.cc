@@ -21,17 +21,35 @@ bool DatesEqual(double a, double b) {
 SyncFile::SyncFile(Synchronizer* owner, std::string relative_name)
     : owner_(owner), relative_name_(std::move(relative_name)) {}
 
-const CopyRecord& SyncFile::Copy(int i) const {
-  if (i < 1 || i > kMaxCopies) {
+namespace {
+
+void CheckCopyIndex(int i) {
+  if (i < 1 || i > SyncFile::kMaxCopies) {
     throw std::out_of_range("copy index " + std::to_string(i) +
                             " is outside 1..8");
   }
-  return copies_[i - 1];
+}
+
+}  // namespace
+
+const CopyRecord& SyncFile::Copy(int i) const {
+  static const CopyRecord kNoCopy;
+  CheckCopyIndex(i);
+  if (i <= kInlineCopies) return first_copies_[i - 1];
+  return more_copies_ ? more_copies_[i - kInlineCopies - 1] : kNoCopy;
+}
+
+CopyRecord& SyncFile::MutableCopy(int i) {
+  CheckCopyIndex(i);
+  if (i <= kInlineCopies) return first_copies_[i - 1];
+  if (!more_copies_) {
+    more_copies_ = std::make_unique<CopyRecord[]>(kMaxCopies - kInlineCopies);
+  }
+  return more_copies_[i - kInlineCopies - 1];
 }
 
 void SyncFile::SetCopy(int i, const CopyRecord& record) {
-  Copy(i);
-  copies_[i - 1] = record;
+  MutableCopy(i) = record;
 }
 
 int SyncFile::FolderType(int i) const {
@@ -331,7 +349,7 @@ void SyncFile::CopyOver(int s, int d) {
     owner_->TheLog().PrintErrL("Error setting creation time of ", dest);
   }
   // There is no archive attribute to clear here (ClearArchiveOnCopy).
-  copies_[d - 1] = copies_[s - 1];
+  MutableCopy(d) = Copy(s);
 }
 
 void SyncFile::DeleteIn(int j) {
@@ -341,7 +359,7 @@ void SyncFile::DeleteIn(int j) {
   if (!UnchangedSinceScan(j)) return;
   if (owner_->WithErrorPolicy("Unable to delete the following file:\n\n" + path,
                               [&] { return DeleteFile(path); })) {
-    copies_[j - 1].modify_date = 0;
+    MutableCopy(j).modify_date = 0;
   }
 }
 

@@ -5,6 +5,7 @@
 #define PAIRWELL_ENGINE_SYNC_FILE_H_
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -153,6 +154,8 @@ class SyncFile : public TreeObject {
   void DeleteIn(int j);
   // Whether copy j on disk is still what the scan saw (present with the
   // same size and date, or still absent); if not, logs and notes the skip.
+  // Copy i's record, to be changed.
+  CopyRecord& MutableCopy(int i);
   bool UnchangedSinceScan(int j);
   // Whether copy j is on disk as the scan saw it: size, modification date and
   // file (inode), or still absent.
@@ -168,7 +171,11 @@ class SyncFile : public TreeObject {
   // Folders that spell the name otherwise; empty for nearly every file.
   std::vector<std::pair<int, std::string>> spellings_;
   bool blocked_ = false;
-  CopyRecord copies_[kMaxCopies];
+  // Nearly every set has two folders: their records live in the file, the
+  // others (3..kMaxCopies) in a block made when one of them is first set.
+  static constexpr int kInlineCopies = 2;
+  CopyRecord first_copies_[kInlineCopies];
+  std::unique_ptr<CopyRecord[]> more_copies_;
 };
 
 }  // namespace pairwell

@@ -105,6 +105,27 @@ TEST_F(SyncFileTest, SetCopyStoresTheWholeRecord) {
   EXPECT_FALSE(file.CopyExists(7));
 }
 
+TEST_F(SyncFileTest, EveryCopyKeepsItsOwnRecordWhereverItIsStored) {
+  Synchronizer set;
+  SyncFile file(&set, "f.txt");
+  for (int i = 1; i <= SyncFile::kMaxCopies; ++i) {
+    file.SetCopy(i, CopyRecord{Fresh() + i, Old(), 100 + i, 0,
+                               static_cast<std::uint64_t>(i)});
+  }
+  for (int i = 1; i <= SyncFile::kMaxCopies; ++i) {
+    EXPECT_EQ(file.Copy(i).modify_date, Fresh() + i) << "copy " << i;
+    EXPECT_EQ(file.Copy(i).size, 100 + i) << "copy " << i;
+    EXPECT_EQ(file.Copy(i).inode, static_cast<std::uint64_t>(i));
+  }
+}
+
+// A plan holds one of these per file: a file of a two-folder set keeps its
+// two records inside and nothing else for the other six.
+TEST_F(SyncFileTest, FileOfATwoFolderSetStaysSmall) {
+  EXPECT_LE(sizeof(SyncFile), 168u);
+  EXPECT_LE(sizeof(CopyRecord), 32u);
+}
+
 TEST_F(SyncFileTest, CopyIndexOutsideOneToEightThrowsOutOfRange) {
   ScannedSet s({kSource, kSource});
   SyncFile& file = s.file();
