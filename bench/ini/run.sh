@@ -18,19 +18,8 @@ cli="$build/pairwell-cli"
 work="$(mktemp -d /tmp/pairwell-bench-ini.XXXXXX)"
 trap 'rm -rf "$work"' EXIT
 
-# Seconds (median of RUNS) that the command takes.
-median_time() {
-  "$@" >/dev/null 2>&1 || true
-  local times=()
-  for _ in $(seq "$runs"); do
-    local start end
-    start=$(date +%s.%N)
-    "$@" >/dev/null 2>&1 || true
-    end=$(date +%s.%N)
-    times+=("$(awk -v a="$start" -v b="$end" 'BEGIN {print b - a}')")
-  done
-  printf '%s\n' "${times[@]}" | sort -g | awk '{a[NR]=$1} END {print a[int((NR+1)/2)]}'
-}
+# shellcheck source=../median_time.sh
+source "$root/bench/median_time.sh"
 
 make_ini() {
   local sets="$1" file="$2"
@@ -49,8 +38,8 @@ declare -A took
 for sets in 10000 100000; do
   ini="$work/p$sets.ini"
   make_ini "$sets" "$ini"
-  pw=$(median_time "$cli" --ini "$ini" list)
-  peer=$(median_time grep -c '^\[Sec: ' "$ini")
+  median_time "$cli" --ini "$ini" list; pw=$med
+  median_time grep -c '^\[Sec: ' "$ini"; peer=$med
   took[$sets]=$pw
   printf '%-10s %12.3f %12.3f %10.1f\n' "$sets" "$pw" "$peer" \
     "$(awk -v a="$pw" -v b="$peer" 'BEGIN {print a / b}')"

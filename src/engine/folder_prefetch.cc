@@ -9,6 +9,11 @@
 
 namespace pairwell {
 
+bool ScanOrderLess(const std::string& a, const std::string& b) {
+  const int order = CompareNoCase(a, b);
+  return order != 0 ? order < 0 : a < b;
+}
+
 FolderPrefetch::FolderPrefetch(std::vector<std::string> roots,
                                FolderFilter filter, int threads)
     : roots_(std::move(roots)),
@@ -65,15 +70,14 @@ std::vector<std::string> FolderPrefetch::SubFolders(
     const std::string& rel, const Listing& listing) const {
   std::vector<std::string> found;
   if (listing.error_number != 0) return found;
-  // The scan's order: ignoring case, then by bytes; of names equal ignoring
-  // case only the first is read.
+  // In the scan's order: of names equal ignoring case only the first is
+  // read.
   std::vector<const FolderEntry*> rows;
   rows.reserve(listing.entries.size());
   for (const FolderEntry& entry : listing.entries) rows.push_back(&entry);
   std::sort(rows.begin(), rows.end(),
             [](const FolderEntry* a, const FolderEntry* b) {
-              const int order = CompareNoCase(a->name, b->name);
-              return order != 0 ? order < 0 : a->name < b->name;
+              return ScanOrderLess(a->name, b->name);
             });
   const std::string* kept = nullptr;
   for (const FolderEntry* row : rows) {

@@ -19,6 +19,11 @@
 
 namespace pairwell {
 
+// The order in which a scan takes a folder's names: ignoring case, then by
+// bytes, so that names equal ignoring case come next to each other, the
+// first by bytes first.
+bool ScanOrderLess(const std::string& a, const std::string& b);
+
 class FolderPrefetch {
  public:
   // One folder's listing, as ListFolder gives it.

@@ -311,8 +311,7 @@ std::vector<std::size_t> Synchronizer::UsableRows(
   std::sort(rows.begin() + static_cast<std::ptrdiff_t>(first),
             rows.begin() + static_cast<std::ptrdiff_t>(last),
             [](const FolderEntry& a, const FolderEntry& b) {
-              const int order = CompareNoCase(a.name, b.name);
-              return order != 0 ? order < 0 : a.name < b.name;
+              return ScanOrderLess(a.name, b.name);
             });
   std::vector<std::size_t> usable;
   const std::string* kept = nullptr;

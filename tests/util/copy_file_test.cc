@@ -518,6 +518,31 @@ TEST_F(CopyFileTest, StopLaterInTheCopyEndsItThereAndIsNotAskedAgain) {
   EXPECT_TRUE(PartialFiles(tmp_.path()).empty());
 }
 
+TEST_F(CopyFileTest, ReplaceCheckThatSaysNoKeepsTheDestinationAndNoTrace) {
+  const std::string source = tmp_.Join("small.txt");
+  const std::string dest = tmp_.Join("dest.txt");
+  Put(source, "new bytes", kNewTime);
+  Put(dest, "old bytes", kOldTime, 8);
+  const FileState before = StateOf(dest);
+  int checks = 0;
+
+  const int result = CopyFileReplacing(source, dest, CopyProgress(), [&] {
+    // Asked once the copy is whole, just before the rename.
+    EXPECT_EQ(PartialFiles(tmp_.path()).size(), 1u);
+    ++checks;
+    return false;
+  });
+
+  EXPECT_EQ(result, kDestinationChanged);
+  EXPECT_EQ(checks, 1);
+  EXPECT_EQ(StateOf(dest), before);
+  EXPECT_TRUE(PartialFiles(tmp_.path()).empty());
+  // A check that says yes lets the copy in.
+  EXPECT_EQ(
+      CopyFileReplacing(source, dest, CopyProgress(), [] { return true; }), 0);
+  EXPECT_EQ(Read(dest), "new bytes");
+}
+
 TEST_F(CopyFileTest, StopAtTheLastChunkStillKeepsTheOldDestination) {
   const std::string source = tmp_.Join("small.txt");
   const std::string dest = tmp_.Join("dest.txt");
