@@ -8,7 +8,7 @@ namespace {
 
 // The length of the well-formed UTF-8 sequence at text[i], or 0: overlong
 // forms, surrogates and codes above U+10FFFF are not well formed.
-std::size_t Utf8SequenceLength(const std::string& text, std::size_t i) {
+std::size_t Utf8SequenceLength(std::string_view text, std::size_t i) {
   const auto byte = [&](std::size_t k) {
     return k < text.size() ? static_cast<unsigned char>(text[k]) : 0u;
   };
@@ -48,49 +48,56 @@ void JsonWriter::BeforeValue() {
   }
 }
 
-void JsonWriter::Quote(const std::string& value) {
+void JsonWriter::Quote(std::string_view value) {
   out_->Append('"');
+  // Plain characters are written in runs; only the others one by one.
+  std::size_t plain_from = 0;
+  const auto write_plain = [&](std::size_t up_to) {
+    if (up_to > plain_from)
+      out_->Append(value.data() + plain_from, up_to - plain_from);
+  };
   for (std::size_t i = 0; i < value.size();) {
     const unsigned char c = static_cast<unsigned char>(value[i]);
+    if (c >= 0x20 && c < 0x80 && c != '"' && c != '\\') {
+      ++i;
+      continue;
+    }
+    write_plain(i);
     const std::size_t length = Utf8SequenceLength(value, i);
     char escape[8];
     if (length == 0) {
       std::snprintf(escape, sizeof escape, "\\udc%02x", c);
       out_->Append(escape);
       ++i;
-      continue;
-    }
-    if (length > 1) {
+    } else if (length > 1) {
       out_->Append(value.data() + i, length);
       i += length;
-      continue;
-    }
-    ++i;
-    switch (c) {
-      case '"':
-        out_->Append("\\\"");
-        break;
-      case '\\':
-        out_->Append("\\\\");
-        break;
-      case '\n':
-        out_->Append("\\n");
-        break;
-      case '\r':
-        out_->Append("\\r");
-        break;
-      case '\t':
-        out_->Append("\\t");
-        break;
-      default:
-        if (c < 0x20) {
+    } else {
+      ++i;
+      switch (c) {
+        case '"':
+          out_->Append("\\\"");
+          break;
+        case '\\':
+          out_->Append("\\\\");
+          break;
+        case '\n':
+          out_->Append("\\n");
+          break;
+        case '\r':
+          out_->Append("\\r");
+          break;
+        case '\t':
+          out_->Append("\\t");
+          break;
+        default:
           std::snprintf(escape, sizeof escape, "\\u%04x", c);
           out_->Append(escape);
-        } else {
-          out_->Append(static_cast<char>(c));
-        }
+      }
     }
+    plain_from = i;
   }
+  write_plain(value.size());
   out_->Append('"');
 }
 
@@ -120,7 +127,7 @@ JsonWriter& JsonWriter::EndArray() {
   return *this;
 }
 
-JsonWriter& JsonWriter::Key(const std::string& key) {
+JsonWriter& JsonWriter::Key(std::string_view key) {
   BeforeValue();
   Quote(key);
   out_->Append(':');
@@ -128,7 +135,7 @@ JsonWriter& JsonWriter::Key(const std::string& key) {
   return *this;
 }
 
-JsonWriter& JsonWriter::String(const std::string& value) {
+JsonWriter& JsonWriter::String(std::string_view value) {
   BeforeValue();
   Quote(value);
   return *this;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cli/output_buffer.h"
@@ -30,8 +31,8 @@ class JsonWriter {
   JsonWriter& EndObject();
   JsonWriter& BeginArray();
   JsonWriter& EndArray();
-  JsonWriter& Key(const std::string& key);
-  JsonWriter& String(const std::string& value);
+  JsonWriter& Key(std::string_view key);
+  JsonWriter& String(std::string_view value);
   JsonWriter& Number(std::int64_t value);
   JsonWriter& Bool(bool value);
   JsonWriter& Null();
@@ -41,7 +42,7 @@ class JsonWriter {
 
  private:
   void BeforeValue();
-  void Quote(const std::string& value);
+  void Quote(std::string_view value);
 
   OutputBuffer own_;
   OutputBuffer* out_;

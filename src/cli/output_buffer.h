@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <string>
+#include <string_view>
 
 namespace pairwell {
 
@@ -18,8 +19,8 @@ class OutputBuffer {
   OutputBuffer(const OutputBuffer&) = delete;
   OutputBuffer& operator=(const OutputBuffer&) = delete;
 
-  void Append(const std::string& text) {
-    text_ += text;
+  void Append(std::string_view text) {
+    text_.append(text.data(), text.size());
     if (text_.size() >= kFlushSize) Drain();
   }
   void Append(const char* data, std::size_t size) {
