@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <utility>
 
 #include "util/path.h"
@@ -16,54 +17,92 @@ bool ScanOrderLess(const std::string& a, const std::string& b) {
 
 FolderPrefetch::FolderPrefetch(std::vector<std::string> roots,
                                FolderFilter filter, int threads)
-    : roots_(std::move(roots)),
-      filter_(std::move(filter)),
-      ready_(roots_.size()),
-      done_(roots_.size(), false) {
-  const std::size_t count = std::min<std::size_t>(
-      static_cast<std::size_t>(std::max(threads, 0)), roots_.size());
+    : roots_(std::move(roots)), filter_(std::move(filter)) {
   // Without a thread nothing is listed ahead: every Take says so at once.
-  if (count == 0) done_.assign(roots_.size(), true);
-  for (std::size_t t = 0; t < count; ++t) {
+  if (threads <= 0) return;
+  for (std::size_t root = 0; root < roots_.size(); ++root) {
+    sequence_.emplace_back(root, std::string());
+  }
+  for (int t = 0; t < threads; ++t) {
     threads_.emplace_back([this] { Work(); });
   }
 }
 
 FolderPrefetch::~FolderPrefetch() {
-  stop_ = true;
+  {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    stop_ = true;
+  }
+  changed_.notify_all();
   for (std::thread& thread : threads_) thread.join();
 }
 
 void FolderPrefetch::Work() {
+  std::unique_lock<std::mutex> lock(mutex_);
   for (;;) {
-    const std::size_t root = next_root_++;
-    if (root >= roots_.size() || stop_) return;
-    Walk(root);
+    if (stop_) return;
+    const Sequence::iterator next = NextToList();
+    if (next != sequence_.end()) {
+      List(next, lock);
+      continue;
+    }
+    const bool waiting_left = std::any_of(
+        sequence_.begin(), sequence_.end(),
+        [](const Folder& folder) { return folder.state == State::kWaiting; });
+    // Only a listing under way can still add folders.
+    if (!waiting_left && listing_now_ == 0) return;
+    changed_.wait(lock);
   }
 }
 
-void FolderPrefetch::Walk(std::size_t root) {
-  std::vector<std::string> to_list = {std::string()};
-  while (!to_list.empty() && !stop_) {
-    const std::string rel = std::move(to_list.back());
-    to_list.pop_back();
-    // Spelled as the scan spells it: the root joined with rel, without the
-    // trailing separator.
-    std::string path = JoinPath(roots_[root], rel);
-    if (!rel.empty()) path.pop_back();
-    Listing listing;
-    listing.error_number =
-        ListFolder(path, &listing.entries, &listing.left_out);
-    std::vector<std::string> sub_folders = SubFolders(rel, listing);
-    // Read in reverse, so that they come off the stack in the scan's order.
-    to_list.insert(to_list.end(), sub_folders.rbegin(), sub_folders.rend());
-    const std::lock_guard<std::mutex> lock(mutex_);
-    ready_[root].emplace(rel, std::move(listing));
-    listed_.notify_all();
+FolderPrefetch::Sequence::iterator FolderPrefetch::NextToList() {
+  bool first = true;
+  for (auto it = sequence_.begin(); it != sequence_.end(); ++it) {
+    if (it->dropped) continue;
+    if (it->state != State::kWaiting) {
+      first = false;
+      continue;
+    }
+    // The first folder of all is the one the scan waits for: it never
+    // waits for the bound.
+    if (first || (held_entries_ < kMaxHeldEntries &&
+                  held_folders_ + listing_now_ < kMaxHeldFolders)) {
+      return it;
+    }
+    return sequence_.end();
   }
-  const std::lock_guard<std::mutex> lock(mutex_);
-  done_[root] = true;
-  listed_.notify_all();
+  return sequence_.end();
+}
+
+void FolderPrefetch::List(Sequence::iterator folder,
+                          std::unique_lock<std::mutex>& lock) {
+  folder->state = State::kListing;
+  ++listing_now_;
+  const std::size_t root = folder->root;
+  const std::string rel = folder->rel;
+  lock.unlock();
+  // Spelled as the scan spells it: the root joined with rel, without the
+  // trailing separator.
+  std::string path = JoinPath(roots_[root], rel);
+  if (!rel.empty()) path.pop_back();
+  Listing listing;
+  listing.error_number = ListFolder(path, &listing.entries, &listing.left_out);
+  const std::vector<std::string> sub_folders = SubFolders(rel, listing);
+  lock.lock();
+  --listing_now_;
+  if (folder->dropped) {
+    sequence_.erase(folder);
+  } else {
+    const Sequence::iterator after = std::next(folder);
+    for (const std::string& sub : sub_folders) {
+      sequence_.emplace(after, root, sub);
+    }
+    held_entries_ += listing.entries.size();
+    ++held_folders_;
+    folder->listing = std::move(listing);
+    folder->state = State::kListed;
+  }
+  changed_.notify_all();
 }
 
 std::vector<std::string> FolderPrefetch::SubFolders(
@@ -90,6 +129,24 @@ std::vector<std::string> FolderPrefetch::SubFolders(
   return found;
 }
 
+void FolderPrefetch::Release(const Folder& folder) {
+  if (folder.state != State::kListed) return;
+  held_entries_ -= folder.listing.entries.size();
+  --held_folders_;
+}
+
+void FolderPrefetch::DropBefore(Sequence::iterator end) {
+  for (auto it = sequence_.begin(); it != end;) {
+    if (it->state == State::kListing) {
+      it->dropped = true;
+      ++it;
+    } else {
+      Release(*it);
+      it = sequence_.erase(it);
+    }
+  }
+}
+
 bool FolderPrefetch::Take(std::size_t root, const std::string& rel,
                           Listing* listing,
                           const std::function<bool()>& keep_waiting) {
@@ -98,14 +155,21 @@ bool FolderPrefetch::Take(std::size_t root, const std::string& rel,
   Clock::time_point next_pump = Clock::now() + kPumpEvery;
   std::unique_lock<std::mutex> lock(mutex_);
   for (;;) {
-    const auto found = ready_[root].find(rel);
-    if (found != ready_[root].end()) {
-      *listing = std::move(found->second);
-      ready_[root].erase(found);
+    // Normally the first folder: the walk lists in the scan's order.
+    const auto found =
+        std::find_if(sequence_.begin(), sequence_.end(), [&](const Folder& f) {
+          return !f.dropped && f.root == root && f.rel == rel;
+        });
+    if (found == sequence_.end()) return false;
+    if (found->state == State::kListed) {
+      Release(*found);
+      *listing = std::move(found->listing);
+      DropBefore(found);
+      sequence_.erase(found);
+      changed_.notify_all();
       return true;
     }
-    if (done_[root]) return false;
-    listed_.wait_until(lock, next_pump);
+    changed_.wait_until(lock, next_pump);
     // Other folders' listings wake the wait too; the person's events are
     // let through on time all the same.
     if (Clock::now() >= next_pump) {
@@ -116,6 +180,16 @@ bool FolderPrefetch::Take(std::size_t root, const std::string& rel,
       next_pump = Clock::now() + kPumpEvery;
     }
   }
+}
+
+std::size_t FolderPrefetch::HeldFolders() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return held_folders_;
+}
+
+std::size_t FolderPrefetch::HeldEntries() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return held_entries_;
 }
 
 }  // namespace pairwell

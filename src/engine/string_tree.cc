@@ -1,12 +1,18 @@
 #include "engine/string_tree.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "util/text.h"
 
 namespace pairwell {
 
-long StringTree::Position(const std::string& key, bool* found) const {
+StringTree::StringTree() : names_(std::make_shared<NameArena>()) {}
+
+StringTree::StringTree(std::shared_ptr<NameArena> names)
+    : names_(std::move(names)) {}
+
+long StringTree::Position(std::string_view key, bool* found) const {
   *found = false;
   if (nodes_.empty()) return 1;
   long lo = 1;
@@ -14,7 +20,7 @@ long StringTree::Position(const std::string& key, bool* found) const {
   for (;;) {
     const long mid = (lo + hi) / 2;
     // Keys are compared upper-cased on the fly; no folded copy is kept.
-    const int order = CompareNoCase(key, nodes_[mid - 1].str);
+    const int order = CompareNoCase(key, KeyOf(nodes_[mid - 1]));
     if (order == 0) {
       *found = true;
       return mid;
@@ -29,49 +35,49 @@ long StringTree::Position(const std::string& key, bool* found) const {
   }
 }
 
-long StringTree::Find(const std::string& key) const {
+long StringTree::Find(std::string_view key) const {
   bool found = false;
   const long position = Position(key, &found);
   return found ? position : -1;
 }
 
-long StringTree::Add(const std::string& key, bool* found) {
+long StringTree::Add(std::string_view key, bool* found) {
   const long position = Position(key, found);
   if (!*found) {
     Node node;
-    node.str = key;
-    nodes_.insert(nodes_.begin() + (position - 1), std::move(node));
+    node.key = names_->Add(key);
+    nodes_.insert(nodes_.begin() + (position - 1), node);
   }
   return position;
 }
 
-void StringTree::AddSorted(const std::vector<std::string>& keys) {
+void StringTree::AddSorted(const std::vector<std::string_view>& keys) {
   if (keys.empty()) return;
   std::vector<Node> merged;
   merged.reserve(nodes_.size() + keys.size());
   std::size_t old_index = 0;
-  for (const std::string& key : keys) {
+  for (const std::string_view key : keys) {
     while (old_index < nodes_.size() &&
-           CompareNoCase(nodes_[old_index].str, key) < 0) {
-      merged.push_back(std::move(nodes_[old_index++]));
+           CompareNoCase(KeyOf(nodes_[old_index]), key) < 0) {
+      merged.push_back(nodes_[old_index++]);
     }
     Node node;
-    node.str = key;
-    merged.push_back(std::move(node));
+    node.key = names_->Add(key);
+    merged.push_back(node);
   }
-  while (old_index < nodes_.size()) {
-    merged.push_back(std::move(nodes_[old_index++]));
-  }
+  merged.insert(merged.end(), nodes_.begin() + old_index, nodes_.end());
   nodes_.swap(merged);
 }
 
-void StringTree::Remove(const std::string& key) {
+void StringTree::Remove(std::string_view key) {
   const long index = Find(key);
   if (index > 0) RemoveAt(index);
 }
 
 void StringTree::RemoveAt(long index) {
-  At(index);
+  // The key's bytes stay in the arena until it is cleared.
+  const Node& node = At(index);
+  if (node.object != 0) objects_[node.object - 1].reset();
   nodes_.erase(nodes_.begin() + (index - 1));
 }
 
@@ -87,9 +93,13 @@ const StringTree::Node& StringTree::At(long index) const {
   return const_cast<StringTree*>(this)->At(index);
 }
 
-const std::string& StringTree::ListStr(long index) const {
-  return At(index).str;
+std::string StringTree::ListStr(long index) const {
+  return std::string(Key(index));
 }
+
+std::string_view StringTree::Key(long index) const { return KeyOf(At(index)); }
+
+NameRef StringTree::KeyRef(long index) const { return At(index).key; }
 
 std::int32_t StringTree::ListInt(long index) const { return At(index).num; }
 
@@ -98,19 +108,34 @@ void StringTree::SetListInt(long index, std::int32_t value) {
 }
 
 const std::shared_ptr<TreeObject>& StringTree::ListObj(long index) const {
-  return At(index).obj;
+  static const std::shared_ptr<TreeObject> kNone;
+  const Node& node = At(index);
+  return node.object == 0 ? kNone : objects_[node.object - 1];
 }
 
 void StringTree::SetListObj(long index, std::shared_ptr<TreeObject> object) {
-  At(index).obj = std::move(object);
+  Node& node = At(index);
+  if (node.object == 0) {
+    if (!object) return;
+    objects_.push_back(std::move(object));
+    node.object = static_cast<std::uint32_t>(objects_.size());
+  } else {
+    objects_[node.object - 1] = std::move(object);
+  }
 }
 
 std::shared_ptr<StringTree> StringTree::SubTree(long index) const {
-  return std::dynamic_pointer_cast<StringTree>(At(index).obj);
+  return std::dynamic_pointer_cast<StringTree>(ListObj(index));
 }
 
 void StringTree::SetSubTree(long index, std::shared_ptr<StringTree> tree) {
-  At(index).obj = std::move(tree);
+  SetListObj(index, std::move(tree));
+}
+
+void StringTree::Clear() {
+  nodes_.clear();
+  objects_.clear();
+  if (names_.use_count() == 1) names_->Clear();
 }
 
 }  // namespace pairwell

@@ -18,8 +18,53 @@ bool DatesEqual(double a, double b) {
   return b - kDateTolerance < a && a < b + kDateTolerance;
 }
 
-SyncFile::SyncFile(Synchronizer* owner, std::string relative_name)
-    : owner_(owner), relative_name_(std::move(relative_name)) {}
+namespace {
+
+constexpr std::size_t kMaxLeafLength = 65535;
+
+std::uint16_t CheckedLeafLength(std::size_t length) {
+  if (length > kMaxLeafLength) {
+    throw std::length_error("a file name of " + std::to_string(length) +
+                            " bytes is longer than 65535");
+  }
+  return static_cast<std::uint16_t>(length);
+}
+
+}  // namespace
+
+SyncFile::SyncFile(Synchronizer* owner, const std::string& relative_name)
+    : extra_(0), blocked_(0), owner_(owner) {
+  const std::string::size_type slash = relative_name.find_last_of("/\\");
+  const std::string::size_type leaf_start =
+      slash == std::string::npos ? 0 : slash + 1;
+  const std::string_view leaf =
+      std::string_view(relative_name).substr(leaf_start);
+  leaf_length_ = CheckedLeafLength(leaf.size());
+  folder_ = owner->FileFolderNumber(relative_name.substr(0, leaf_start));
+  leaf_offset_ = owner->names_->Add(leaf).offset;
+}
+
+SyncFile::SyncFile(Synchronizer* owner, std::uint32_t folder, NameRef leaf)
+    : leaf_length_(CheckedLeafLength(leaf.length)),
+      folder_(folder),
+      leaf_offset_(leaf.offset),
+      extra_(0),
+      blocked_(0),
+      owner_(owner) {}
+
+std::string_view SyncFile::Leaf() const {
+  return owner_->names_->View(NameRef{leaf_offset_, leaf_length_});
+}
+
+std::string SyncFile::RelativeName() const {
+  std::string name = owner_->FileFolder(folder_);
+  name.append(Leaf());
+  return name;
+}
+
+bool SyncFile::SpelledAs(std::uint32_t folder, std::string_view leaf) const {
+  return folder == folder_ && Leaf() == leaf;
+}
 
 namespace {
 
@@ -36,16 +81,32 @@ const CopyRecord& SyncFile::Copy(int i) const {
   static const CopyRecord kNoCopy;
   CheckCopyIndex(i);
   if (i <= kInlineCopies) return first_copies_[i - 1];
-  return more_copies_ ? more_copies_[i - kInlineCopies - 1] : kNoCopy;
+  const Extra* extra = FindExtra();
+  const std::size_t k = static_cast<std::size_t>(i - kInlineCopies - 1);
+  return extra != nullptr && k < extra->copies.size() ? extra->copies[k]
+                                                      : kNoCopy;
 }
 
 CopyRecord& SyncFile::MutableCopy(int i) {
   CheckCopyIndex(i);
   if (i <= kInlineCopies) return first_copies_[i - 1];
-  if (!more_copies_) {
-    more_copies_ = std::make_unique<CopyRecord[]>(kMaxCopies - kInlineCopies);
+  std::vector<CopyRecord>& copies = MutableExtra().copies;
+  const std::size_t k = static_cast<std::size_t>(i - kInlineCopies - 1);
+  if (k >= copies.size()) copies.resize(k + 1);
+  return copies[k];
+}
+
+const SyncFile::Extra* SyncFile::FindExtra() const {
+  return extra_ == 0 ? nullptr : &owner_->file_extras_[extra_ - 1];
+}
+
+SyncFile::Extra& SyncFile::MutableExtra() {
+  if (extra_ == 0) {
+    owner_->file_extras_.emplace_back();
+    extra_ =
+        static_cast<std::uint32_t>(owner_->file_extras_.size()) & 0x7FFFFFFFu;
   }
-  return more_copies_[i - kInlineCopies - 1];
+  return owner_->file_extras_[extra_ - 1];
 }
 
 void SyncFile::SetCopy(int i, const CopyRecord& record) {
@@ -58,22 +119,28 @@ int SyncFile::FolderType(int i) const {
 
 void SyncFile::SetSpelling(int i, const std::string& relative_name) {
   Copy(i);
-  for (auto& spelling : spellings_) {
-    if (spelling.first == i) {
-      spelling.second = relative_name;
-      return;
+  if (extra_ != 0) {
+    for (auto& spelling : MutableExtra().spellings) {
+      if (spelling.first == i) {
+        spelling.second = relative_name;
+        return;
+      }
     }
   }
-  if (relative_name != relative_name_) {
-    spellings_.emplace_back(i, relative_name);
+  if (relative_name != RelativeName()) {
+    MutableExtra().spellings.emplace_back(i, relative_name);
   }
 }
 
 std::string SyncFile::FullPath(int i) const {
-  for (const auto& spelling : spellings_) {
-    if (spelling.first == i) return JoinPath(owner_->WPath(i), spelling.second);
+  if (const Extra* extra = FindExtra()) {
+    for (const auto& spelling : extra->spellings) {
+      if (spelling.first == i) {
+        return JoinPath(owner_->WPath(i), spelling.second);
+      }
+    }
   }
-  return JoinPath(owner_->WPath(i), owner_->SpellingIn(i, relative_name_));
+  return JoinPath(owner_->WPath(i), owner_->SpellingIn(i, RelativeName()));
 }
 
 void SyncFile::RefreshFileInfo() {

@@ -7,10 +7,11 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
-#include "engine/string_tree.h"
+#include "engine/name_arena.h"
 
 namespace pairwell {
 
@@ -53,12 +54,22 @@ struct CopyRecord {
 // Copies are indexed by working folder, 1..Synchronizer::WPathCount(); the
 // records exist for 1..kMaxCopies (8) and another index throws
 // std::out_of_range.
-class SyncFile : public TreeObject {
+//
+// A scan holds one per file, so a file is kept small: its name is its
+// folder's number in the owner plus its last component in the owner's
+// names, and a file of a two-folder set needs no memory of its own beyond
+// the object.
+class SyncFile {
  public:
   static constexpr int kMaxCopies = 8;
 
-  // The owner must outlive the file.
-  SyncFile(Synchronizer* owner, std::string relative_name);
+  // The owner must outlive the file; the name is kept in the owner's names.
+  // Throws std::length_error for a last component over 65,535 bytes.
+  SyncFile(Synchronizer* owner, const std::string& relative_name);
+  // The file named by the owner's folder `folder` (FileFolder) and `leaf`,
+  // a name in the owner's names of at most 65,535 bytes.
+  SyncFile(Synchronizer* owner, std::uint32_t folder, NameRef leaf);
+  SyncFile(SyncFile&&) = default;
   SyncFile(const SyncFile&) = delete;
   SyncFile& operator=(const SyncFile&) = delete;
 
@@ -68,7 +79,7 @@ class SyncFile : public TreeObject {
   std::uint16_t ActionFlags = 0;
 
   const Synchronizer& Owner() const { return *owner_; }
-  const std::string& RelativeName() const { return relative_name_; }
+  std::string RelativeName() const;
 
   // The name as folder i spells it, where that differs in case from
   // RelativeName() (the tree matches names ignoring case).
@@ -76,8 +87,8 @@ class SyncFile : public TreeObject {
 
   // A file the run must not touch: a folder holds something under its name
   // (or a parent's) that the scan left out, such as a symbolic link.
-  bool Blocked() const { return blocked_; }
-  void SetBlocked() { blocked_ = true; }
+  bool Blocked() const { return blocked_ != 0; }
+  void SetBlocked() { blocked_ = 1; }
   const CopyRecord& Copy(int i) const;
   void SetCopy(int i, const CopyRecord& record);
   bool CopyExists(int i) const { return Copy(i).modify_date != 0; }
@@ -154,8 +165,6 @@ class SyncFile : public TreeObject {
   void DeleteIn(int j);
   // Whether copy j on disk is still what the scan saw (present with the
   // same size and date, or still absent); if not, logs and notes the skip.
-  // Copy i's record, to be changed.
-  CopyRecord& MutableCopy(int i);
   bool UnchangedSinceScan(int j);
   // Whether copy j is on disk as the scan saw it: size, modification date and
   // file (inode), or still absent.
@@ -165,17 +174,38 @@ class SyncFile : public TreeObject {
   // Makes sure the folder that holds copy d exists; false when the copy is
   // to be given up.
   bool MakeDestinationFolder(int d);
+  // Copy i's record, to be changed.
+  CopyRecord& MutableCopy(int i);
+  // Whether the name as the scan met it in a folder is the file's own: the
+  // same folder spelling and last component.
+  bool SpelledAs(std::uint32_t folder, std::string_view leaf) const;
+  // The name's last component, in the owner's names.
+  std::string_view Leaf() const;
 
-  Synchronizer* owner_;
-  std::string relative_name_;
-  // Folders that spell the name otherwise; empty for nearly every file.
-  std::vector<std::pair<int, std::string>> spellings_;
-  bool blocked_ = false;
-  // Nearly every set has two folders: their records live in the file, the
-  // others (3..kMaxCopies) in a block made when one of them is first set.
+  friend class Synchronizer;
+
+  // Nearly every set has two folders: their records live in the file.
   static constexpr int kInlineCopies = 2;
+  // What few files need, kept by the owner: the records of folders 3 and
+  // up (as far as one was set), and the folders that spell the name
+  // otherwise.
+  struct Extra {
+    std::vector<CopyRecord> copies;
+    std::vector<std::pair<int, std::string>> spellings;
+  };
+  const Extra* FindExtra() const;
+  Extra& MutableExtra();
+
+  // Packed behind the public fields, to make 96 bytes in all with the two
+  // records. A name's last component is at most 65,535 bytes (file systems
+  // allow 255).
+  std::uint16_t leaf_length_ = 0;
+  std::uint32_t folder_ = 0;
+  std::uint32_t leaf_offset_ = 0;
+  std::uint32_t extra_ : 31;  // 1-based in the owner's extras; 0: none
+  std::uint32_t blocked_ : 1;
+  Synchronizer* owner_;
   CopyRecord first_copies_[kInlineCopies];
-  std::unique_ptr<CopyRecord[]> more_copies_;
 };
 
 }  // namespace pairwell

@@ -38,7 +38,10 @@ bool SameSecond(double a, double b) {
 
 }  // namespace
 
-Synchronizer::Synchronizer() : root_tree_(std::make_shared<StringTree>()) {}
+Synchronizer::Synchronizer()
+    : names_(std::make_shared<NameArena>()),
+      file_folders_(1),
+      root_tree_(std::make_shared<StringTree>(names_)) {}
 
 Synchronizer::Folder& Synchronizer::At(std::vector<Folder>& list, int i) {
   CheckIndex(i, static_cast<int>(list.size()), "folder");

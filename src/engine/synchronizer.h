@@ -14,8 +14,10 @@
 #include "engine/conflict_descriptor.h"
 #include "engine/folder_prefetch.h"
 #include "engine/log_file.h"
+#include "engine/name_arena.h"
 #include "engine/run_state.h"
 #include "engine/string_tree.h"
+#include "engine/sync_file_list.h"
 #include "util/file_system.h"
 #include "util/user_interface.h"
 
@@ -125,9 +127,13 @@ class Synchronizer {
   int WPathCount() const { return static_cast<int>(work_folders_.size()); }
   const std::string& WPath(int i) const;
   std::int32_t WPathFlags(int i) const;
-  long WFileCount() const { return static_cast<long>(files_.size()); }
+  long WFileCount() const { return static_cast<long>(files_.Count()); }
   SyncFile& WFile(long i) const;
   StringTree& WRootTree() { return *root_tree_; }
+  const StringTree& WRootTree() const { return *root_tree_; }
+  // The folder part of the files' names, by the number a file keeps: 0 is
+  // the top level (""), the others end in a separator.
+  const std::string& FileFolder(std::uint32_t folder) const;
 
   // The moment the last BuildActionList began (local day count).
   double ScanStarted() const { return scan_started_; }
@@ -277,8 +283,10 @@ class Synchronizer {
   std::vector<std::size_t> UsableRows(std::size_t first, std::size_t last,
                                       const std::string& rel,
                                       const std::string& full_path);
-  void AddFileCopy(int i, const std::string& rel, StringTree& tree, long node,
-                   const FolderEntry& row);
+  // Stores folder i's copy of the file row in the folder rel (numbered
+  // file_folder) on the tree's node, making the file when it is new.
+  void AddFileCopy(int i, const std::string& rel, std::uint32_t file_folder,
+                   StringTree& tree, long node, const FolderEntry& row);
   // Logs what a listing left out and remembers the names; false when an
   // entry could not be examined (the scan then fails).
   bool NoteLeftOut(const std::vector<LeftOutEntry>& left_out,
@@ -305,6 +313,10 @@ class Synchronizer {
   // Creates, in every working folder, the folders a source folder holds.
   void CreateMissingFolders();
   long AddSyncFile(const std::string& rel);
+  // The same for the file named leaf (one of the names) in the folder rel,
+  // which FileFolderNumber(rel) numbered.
+  long AddSyncFile(std::uint32_t folder, NameRef leaf);
+  std::uint32_t FileFolderNumber(const std::string& rel);
   bool ComputeDefaultActions();
 
   static Folder& At(std::vector<Folder>& list, int i);
@@ -320,7 +332,16 @@ class Synchronizer {
   std::vector<Folder> folders_;
   std::vector<ConflictDescriptor> conflict_types_;
   std::vector<Folder> work_folders_;
-  std::vector<std::shared_ptr<SyncFile>> files_;
+  friend class SyncFile;
+  // The scan's names: the tree's keys, which the files share.
+  std::shared_ptr<NameArena> names_;
+  SyncFileList files_;
+  // What few files keep beyond their own object (SyncFile::Extra).
+  std::vector<SyncFile::Extra> file_extras_;
+  // The folder parts of the files' names, each once, as FileFolder numbers
+  // them; file_folder_index_ finds a spelling's number.
+  std::vector<std::string> file_folders_;
+  std::unordered_map<std::string, std::uint32_t> file_folder_index_;
   // The sub-folders met by the scan, parents first, with a bit per working
   // folder that holds them (bit i-1 for folder i).
   std::vector<std::pair<std::string, std::uint32_t>> sub_folders_;

@@ -32,7 +32,24 @@ SyncFile& Synchronizer::WFile(long i) const {
     throw std::out_of_range("file index " + std::to_string(i) +
                             " is outside 1.." + std::to_string(WFileCount()));
   }
-  return *files_[static_cast<std::size_t>(i - 1)];
+  return files_.At(static_cast<std::size_t>(i - 1));
+}
+
+const std::string& Synchronizer::FileFolder(std::uint32_t folder) const {
+  if (folder >= file_folders_.size()) {
+    throw std::out_of_range("file folder " + std::to_string(folder) +
+                            " is outside 0.." +
+                            std::to_string(file_folders_.size() - 1));
+  }
+  return file_folders_[folder];
+}
+
+std::uint32_t Synchronizer::FileFolderNumber(const std::string& rel) {
+  if (rel.empty()) return 0;
+  const auto inserted = file_folder_index_.emplace(
+      rel, static_cast<std::uint32_t>(file_folders_.size()));
+  if (inserted.second) file_folders_.push_back(rel);
+  return inserted.first->second;
 }
 
 LogFile& Synchronizer::TheLog() { return log_ != nullptr ? *log_ : no_log_; }
@@ -65,7 +82,10 @@ int Synchronizer::ShowErrToUser(const std::string& message, int style) {
 }
 
 void Synchronizer::FreeSyncData() {
-  files_.clear();
+  files_.Clear();
+  file_extras_.clear();
+  file_folders_.resize(1);
+  file_folder_index_.clear();
   work_folders_.clear();
   sub_folders_.clear();
   sub_folder_index_.clear();
@@ -74,6 +94,8 @@ void Synchronizer::FreeSyncData() {
   leftovers_.clear();
   std::vector<FolderEntry>().swap(listing_);
   root_tree_->Clear();
+  // The files and the tree are gone: nothing refers to the names.
+  names_->Clear();
   current_action_ = 0;
 }
 
@@ -254,10 +276,10 @@ void Synchronizer::StartPrefetch() {
       scan_threads_ > 0 ? scan_threads_ : static_cast<int>(std::max(cores, 1u));
   prefetch_root_.assign(static_cast<std::size_t>(WPathCount()), -1);
   if (threads < 2) return;
+  // A merge-to folder is read only where the tree already has names, which
+  // the walk cannot know: the set's thread reads it.
   std::vector<std::string> roots;
-  const std::vector<int> order = ReadOrder();
-  for (std::size_t k = 1; k < order.size(); ++k) {
-    const int i = order[k];
+  for (const int i : ReadOrder()) {
     if (FolderTypeOf(WPathFlags(i)) == kFolderMergeTo ||
         At(work_folders_, i).missing) {
       continue;
@@ -267,10 +289,11 @@ void Synchronizer::StartPrefetch() {
     roots.push_back(WPath(i));
   }
   if (roots.empty()) return;
+  // The set's thread joins the listings into the tree meanwhile.
   prefetch_ = std::make_unique<FolderPrefetch>(
       std::move(roots),
       [this](const std::string& name) { return PassesFilters(name, true); },
-      threads - 1);
+      threads);
 }
 
 int Synchronizer::ListRows(int i, const std::string& rel,
@@ -360,29 +383,32 @@ void Synchronizer::ReadFolder(int i, const std::string& folder,
                   kMbOkOnly);
     return;
   }
+  const std::size_t last = listing_.size();
   const std::vector<std::size_t> usable =
-      UsableRows(first, listing_.size(), rel, full_path);
+      UsableRows(first, last, rel, full_path);
 
   if (!merge_only) {
-    std::vector<std::string> new_names;
+    std::vector<std::string_view> new_names;
     for (std::size_t r : usable) {
       const std::string& name = listing_[r].name;
       if (tree.Find(name) < 0) new_names.push_back(name);
     }
     tree.AddSorted(new_names);
   }
+  // The folder part of the names of files first met here.
+  const std::uint32_t file_folder = FileFolderNumber(rel);
   for (std::size_t r : usable) {
-    // Recursion appends to the entry array, so the row is copied first.
-    const FolderEntry row = listing_[r];
+    // Recursion below may move the array: the row is not used after it.
+    const FolderEntry& row = listing_[r];
     const long node = tree.Find(row.name);
     if (node < 0) continue;  // a merge-to folder adds no names of its own
     if ((row.attributes & kAttrDirectory) == 0) {
-      AddFileCopy(i, rel, tree, node, row);
+      AddFileCopy(i, rel, file_folder, tree, node, row);
       continue;
     }
     std::shared_ptr<StringTree> sub = tree.SubTree(node);
     if (!sub && !merge_only) {
-      sub = std::make_shared<StringTree>();
+      sub = std::make_shared<StringTree>(names_);
       tree.SetSubTree(node, sub);
     }
     if (sub) {
@@ -390,6 +416,10 @@ void Synchronizer::ReadFolder(int i, const std::string& folder,
       NoteFolder(i, sub_rel);
       ReadFolder(i, folder, sub_rel, *sub, merge_only);
       if (StopFlag || scan_failed_) return;
+      // The sub-folder's rows are done with: the array holds the rows of
+      // the folders on the way down, never those of a whole tree.
+      listing_.erase(listing_.begin() + static_cast<std::ptrdiff_t>(last),
+                     listing_.end());
     }
   }
 }
@@ -422,7 +452,8 @@ bool Synchronizer::NoteLeftOut(const std::vector<LeftOutEntry>& left_out,
 
 void Synchronizer::BlockFiles() {
   if (left_out_names_.empty()) return;
-  for (const auto& file : files_) {
+  for (long f = 1; f <= WFileCount(); ++f) {
+    SyncFile* const file = &WFile(f);
     // The name itself, then every folder above it.
     std::string key = UpperCase(file->RelativeName());
     for (;;) {
@@ -469,7 +500,8 @@ bool Synchronizer::CheckEmptySources() {
 
 std::vector<Synchronizer::FolderCount> Synchronizer::CountFiles() const {
   std::vector<FolderCount> counts(static_cast<std::size_t>(WPathCount()));
-  for (const auto& file : files_) {
+  for (long f = 1; f <= WFileCount(); ++f) {
+    const SyncFile* const file = &WFile(f);
     // A blocked file takes no part in the run.
     if (file->Blocked()) continue;
     const bool deleting = file->Action == kDeleteAll;
@@ -517,17 +549,21 @@ std::string Synchronizer::SpellingIn(int i, const std::string& rel) const {
   return rel;
 }
 
-void Synchronizer::AddFileCopy(int i, const std::string& rel, StringTree& tree,
+void Synchronizer::AddFileCopy(int i, const std::string& rel,
+                               std::uint32_t file_folder, StringTree& tree,
                                long node, const FolderEntry& row) {
   // A node made for a folder elsewhere has no file yet.
   if (tree.ListInt(node) < 0) {
-    tree.SetListInt(node,
-                    static_cast<std::int32_t>(AddSyncFile(rel + row.name)));
+    tree.SetListInt(node, static_cast<std::int32_t>(
+                              AddSyncFile(file_folder, tree.KeyRef(node))));
   }
   SyncFile& file = WFile(tree.ListInt(node));
   file.SetCopy(i, CopyRecord{row.modify_date, row.create_date, row.size,
                              row.attributes, row.inode});
-  file.SetSpelling(i, rel + row.name);
+  // Only a name spelled otherwise than the file's own needs building.
+  if (!file.SpelledAs(file_folder, row.name)) {
+    file.SetSpelling(i, rel + row.name);
+  }
   if (WarnFutureDate && file.GetEffectiveDate(i) > folder_read_at_) {
     ++FutureDateCount;
   }
@@ -558,7 +594,8 @@ void Synchronizer::NoteFolder(int i, const std::string& rel) {
 
 long Synchronizer::IncompleteFiles() const {
   long incomplete = 0;
-  for (const auto& file : files_) {
+  for (long f = 1; f <= WFileCount(); ++f) {
+    const SyncFile* const file = &WFile(f);
     if (file->Blocked()) continue;
     // Only a file that some source still has would look deleted from the
     // others; copies left in other folders drop out of later runs.
@@ -576,7 +613,12 @@ long Synchronizer::IncompleteFiles() const {
 }
 
 long Synchronizer::AddSyncFile(const std::string& rel) {
-  files_.push_back(std::make_shared<SyncFile>(this, rel));
+  files_.Add(this, rel);
+  return WFileCount();
+}
+
+long Synchronizer::AddSyncFile(std::uint32_t folder, NameRef leaf) {
+  files_.Add(this, folder, leaf);
   return WFileCount();
 }
 

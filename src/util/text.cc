@@ -27,9 +27,9 @@ std::string UpperCase(const std::string& text) {
   return result;
 }
 
-int CompareNoCase(const std::string& a, const std::string& b) {
-  const std::string::size_type n = a.size() < b.size() ? a.size() : b.size();
-  for (std::string::size_type i = 0; i < n; ++i) {
+int CompareNoCase(std::string_view a, std::string_view b) {
+  const std::size_t n = a.size() < b.size() ? a.size() : b.size();
+  for (std::size_t i = 0; i < n; ++i) {
     // Compare as unsigned bytes so that non-ASCII names sort after ASCII.
     const unsigned char ca = static_cast<unsigned char>(UpperChar(a[i]));
     const unsigned char cb = static_cast<unsigned char>(UpperChar(b[i]));
@@ -39,7 +39,7 @@ int CompareNoCase(const std::string& a, const std::string& b) {
   return a.size() < b.size() ? -1 : 1;
 }
 
-bool EqualsNoCase(const std::string& a, const std::string& b) {
+bool EqualsNoCase(std::string_view a, std::string_view b) {
   return a.size() == b.size() && CompareNoCase(a, b) == 0;
 }
 

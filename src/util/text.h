@@ -4,6 +4,7 @@
 #define PAIRWELL_UTIL_TEXT_H_
 
 #include <string>
+#include <string_view>
 
 namespace pairwell {
 
@@ -20,8 +21,8 @@ char UpperChar(char c);
 
 // Ordinal comparison of the upper-cased texts: <0, 0 or >0. Allocates
 // nothing.
-int CompareNoCase(const std::string& a, const std::string& b);
-bool EqualsNoCase(const std::string& a, const std::string& b);
+int CompareNoCase(std::string_view a, std::string_view b);
+bool EqualsNoCase(std::string_view a, std::string_view b);
 bool StartsWith(const std::string& text, const std::string& prefix);
 
 // The number at the start of the text (after leading blanks): an optional

@@ -4,9 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <chrono>
 #include <memory>
 #include <sstream>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "app/program.h"
@@ -195,6 +198,70 @@ TEST(FolderPrefetchTest, ListingErrorsAndFoldersNeverListedAreTold) {
   EXPECT_FALSE(prefetch.Take(0, "skipped/", &listing, forever));
   ASSERT_TRUE(prefetch.Take(1, "", &listing, forever));
   EXPECT_EQ(listing.error_number, EINVAL);
+}
+
+// "d007" for 7: folders that sort as they are numbered.
+std::string Numbered(int d) {
+  const std::string digits = std::to_string(d);
+  return "d" + std::string(3 - std::min<std::size_t>(3, digits.size()), '0') +
+         digits;
+}
+
+// Folders d000/ .. d<count-1>/ under root, each with `files` files.
+void MakeNumberedFolders(const std::string& root, int count, int files) {
+  MakeFolder(root);
+  for (int d = 0; d < count; ++d) {
+    const std::string name = Numbered(d);
+    MakeFolder(root + "/" + name);
+    for (int f = 0; f < files; ++f) {
+      Put(root + "/" + name + "/f" + std::to_string(f), "x", kOldTime);
+    }
+  }
+}
+
+TEST(FolderPrefetchTest, ListingRunsAheadOnlyAsFarAsItsBound) {
+  TempDir tmp;
+  constexpr int kCount = 600;
+  static_assert(kCount > static_cast<int>(FolderPrefetch::kMaxHeldFolders),
+                "more folders than the bound");
+  MakeNumberedFolders(tmp.Join("a"), kCount, 2);
+  FolderPrefetch prefetch(
+      {tmp.Join("a")}, [](const std::string&) { return true; }, 2);
+  const auto forever = [] { return true; };
+  FolderPrefetch::Listing listing;
+  ASSERT_TRUE(prefetch.Take(0, "", &listing, forever));
+  // Nobody takes the sub-folders: the walk fills its bound and waits.
+  for (int tries = 0;
+       tries < 500 && prefetch.HeldFolders() < FolderPrefetch::kMaxHeldFolders;
+       ++tries) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+  }
+  std::this_thread::sleep_for(std::chrono::milliseconds(100));
+  EXPECT_EQ(prefetch.HeldFolders(), FolderPrefetch::kMaxHeldFolders);
+  // Taken in the scan's order, every folder comes, and nothing stays held.
+  for (int d = 0; d < kCount; ++d) {
+    const std::string rel = Numbered(d) + "/";
+    ASSERT_TRUE(prefetch.Take(0, rel, &listing, forever)) << rel;
+    EXPECT_EQ(listing.entries.size(), 2u) << rel;
+  }
+  EXPECT_EQ(prefetch.HeldFolders(), 0u);
+  EXPECT_EQ(prefetch.HeldEntries(), 0u);
+}
+
+TEST(FolderPrefetchTest, FoldersTheScanPassesAreDropped) {
+  TempDir tmp;
+  MakeNumberedFolders(tmp.Join("a"), 10, 1);
+  FolderPrefetch prefetch(
+      {tmp.Join("a")}, [](const std::string&) { return true; }, 2);
+  const auto forever = [] { return true; };
+  FolderPrefetch::Listing listing;
+  ASSERT_TRUE(prefetch.Take(0, "", &listing, forever));
+  ASSERT_TRUE(prefetch.Take(0, "d005/", &listing, forever));
+  EXPECT_EQ(listing.entries.size(), 1u);
+  // The scan went past d001/: it is no longer offered.
+  EXPECT_FALSE(prefetch.Take(0, "d001/", &listing, forever));
+  ASSERT_TRUE(prefetch.Take(0, "d006/", &listing, forever));
+  EXPECT_EQ(listing.entries[0].name, "f0");
 }
 
 }  // namespace

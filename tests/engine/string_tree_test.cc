@@ -7,6 +7,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace pairwell {
@@ -378,11 +379,60 @@ TEST(StringTreeTest, AddSortedGivesTheSameTreeAsAddingOneByOne) {
   }
   std::sort(first.begin(), first.end());
   std::sort(second.begin(), second.end());
-  merged.AddSorted(first);
-  merged.AddSorted(second);
+  merged.AddSorted(std::vector<std::string_view>(first.begin(), first.end()));
+  merged.AddSorted(std::vector<std::string_view>(second.begin(), second.end()));
   ASSERT_EQ(merged.Count(), one_by_one.Count());
   for (long i = 1; i <= merged.Count(); ++i) {
     ASSERT_EQ(merged.ListStr(i), one_by_one.ListStr(i)) << "index " << i;
+  }
+}
+
+// A sub-tree keeps its keys with its root's: a name stored once is seen by
+// both, and clearing the root leaves a sub-tree someone still holds intact.
+TEST(StringTreeTest, SubTreeSharesItsRootsNamesAndOutlivesItsClear) {
+  StringTree root;
+  auto sub = std::make_shared<StringTree>(root.SharedNames());
+  bool found = false;
+  root.Add("folder", &found);
+  root.SetSubTree(1, sub);
+  sub->Add("Leaf.txt", &found);
+  EXPECT_EQ(root.Names().View(sub->KeyRef(1)), "Leaf.txt");
+  root.Clear();
+  EXPECT_EQ(root.Count(), 0);
+  EXPECT_EQ(sub->ListStr(1), "Leaf.txt");
+  EXPECT_EQ(sub->Find("LEAF.TXT"), 1);
+}
+
+TEST(StringTreeTest, RemovedNodesObjectIsReleased) {
+  StringTree tree;
+  auto payload = std::make_shared<Payload>(7);
+  bool found = false;
+  tree.Add("a", &found);
+  tree.SetListObj(1, payload);
+  EXPECT_EQ(payload.use_count(), 2);
+  tree.RemoveAt(1);
+  EXPECT_EQ(payload.use_count(), 1);
+  tree.Add("a", &found);
+  EXPECT_EQ(tree.ListObj(1), nullptr);
+}
+
+TEST(StringTreeTest, KeysOfEveryLengthKeepTheirBytes) {
+  StringTree tree;
+  std::vector<std::string> keys;
+  // Enough to fill several blocks of names, with some longer than a block.
+  for (int i = 0; i < 20000; ++i) {
+    keys.push_back("key" + std::to_string(100000 + i) +
+                   std::string(static_cast<std::size_t>(i % 37), 'x'));
+  }
+  keys.push_back(std::string(70000, 'L'));
+  keys.push_back(std::string(200000, 'M') + "\xff");
+  bool found = false;
+  for (const std::string& key : keys) tree.Add(key, &found);
+  ASSERT_EQ(tree.Count(), static_cast<long>(keys.size()));
+  for (const std::string& key : keys) {
+    const long index = tree.Find(key);
+    ASSERT_GT(index, 0) << key.substr(0, 20);
+    EXPECT_EQ(tree.ListStr(index), key);
   }
 }
 

@@ -122,7 +122,7 @@ TEST_F(SyncFileTest, EveryCopyKeepsItsOwnRecordWhereverItIsStored) {
 // A plan holds one of these per file: a file of a two-folder set keeps its
 // two records inside and nothing else for the other six.
 TEST_F(SyncFileTest, FileOfATwoFolderSetStaysSmall) {
-  EXPECT_LE(sizeof(SyncFile), 168u);
+  EXPECT_LE(sizeof(SyncFile), 104u);
   EXPECT_LE(sizeof(CopyRecord), 32u);
 }
 
