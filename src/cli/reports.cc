@@ -1,6 +1,7 @@
 #include "cli/reports.h"
 
 #include <algorithm>
+#include <string>
 
 #include "cli/json_writer.h"
 #include "cli/output_buffer.h"
@@ -19,24 +20,39 @@ std::string PadRight(const std::string& text, std::size_t width) {
                               : text + std::string(width - text.size(), ' ');
 }
 
-void WriteDate(JsonWriter& json, double date) {
-  if (date == 0) {
-    json.Null();
-  } else {
-    json.String(FormatGeneralDate(date));
+// Writes dates as text. Copies of a file, and files written together,
+// mostly share their dates: the last text made is used again for the same
+// date.
+class DateWriter {
+ public:
+  void Write(JsonWriter& json, double date) {
+    if (date == 0) {
+      json.Null();
+      return;
+    }
+    if (date != last_date_) {
+      last_text_ = FormatGeneralDate(date);
+      last_date_ = date;
+    }
+    json.String(last_text_);
   }
-}
 
-void WriteCopies(JsonWriter& json, const SyncFile& file, int folders) {
+ private:
+  double last_date_ = 0;
+  std::string last_text_;
+};
+
+void WriteCopies(JsonWriter& json, DateWriter& dates, const SyncFile& file,
+                 int folders) {
   json.Key("copies").BeginArray();
   for (int j = 1; j <= folders; ++j) {
     const CopyRecord& copy = file.Copy(j);
     const bool exists = file.CopyExists(j);
     json.BeginObject().Key("exists").Bool(exists);
     json.Key("modify");
-    WriteDate(json, copy.modify_date);
+    dates.Write(json, copy.modify_date);
     json.Key("create");
-    WriteDate(json, exists ? copy.create_date : 0);
+    dates.Write(json, exists ? copy.create_date : 0);
     json.Key("size").Number(exists ? copy.size : 0);
     json.Key("attributes").Number(exists ? copy.attributes : 0);
     json.EndObject();
@@ -44,7 +60,7 @@ void WriteCopies(JsonWriter& json, const SyncFile& file, int folders) {
   json.EndArray();
 }
 
-void WriteFile(JsonWriter& json, const Synchronizer& set,
+void WriteFile(JsonWriter& json, DateWriter& dates, const Synchronizer& set,
                const SyncFile& file) {
   const int conflict = file.ComputeConflictIndex();
   json.BeginObject();
@@ -62,7 +78,7 @@ void WriteFile(JsonWriter& json, const Synchronizer& set,
   } else {
     json.Null();
   }
-  WriteCopies(json, file, set.WPathCount());
+  WriteCopies(json, dates, file, set.WPathCount());
   json.EndObject();
 }
 
@@ -111,7 +127,8 @@ void PlanJson(const Synchronizer& set, OutputBuffer& out) {
   json.BeginObject();
   json.Key("set").String(set.Name);
   json.Key("lastSync");
-  WriteDate(json, set.EfLastSyncDate());
+  DateWriter dates;
+  dates.Write(json, set.EfLastSyncDate());
   json.Key("folders").BeginArray();
   for (int j = 1; j <= set.WPathCount(); ++j) {
     json.BeginObject()
@@ -124,7 +141,7 @@ void PlanJson(const Synchronizer& set, OutputBuffer& out) {
   json.EndArray();
   json.Key("files").BeginArray();
   for (long i = 1; i <= set.WFileCount(); ++i) {
-    WriteFile(json, set, set.WFile(i));
+    WriteFile(json, dates, set, set.WFile(i));
   }
   json.EndArray();
   const ConflictCounts counts = CountConflicts(set);

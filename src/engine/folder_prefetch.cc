@@ -87,6 +87,12 @@ void FolderPrefetch::List(Sequence::iterator folder,
   if (!rel.empty()) path.pop_back();
   Listing listing;
   listing.error_number = ListFolder(path, &listing.entries, &listing.left_out);
+  // Sorted here, on this thread, so that the scan finds the rows in its
+  // order and need not sort them itself.
+  std::sort(listing.entries.begin(), listing.entries.end(),
+            [](const FolderEntry& a, const FolderEntry& b) {
+              return ScanOrderLess(a.name, b.name);
+            });
   const std::vector<std::string> sub_folders = SubFolders(rel, listing);
   lock.lock();
   --listing_now_;
@@ -109,21 +115,14 @@ std::vector<std::string> FolderPrefetch::SubFolders(
     const std::string& rel, const Listing& listing) const {
   std::vector<std::string> found;
   if (listing.error_number != 0) return found;
-  // In the scan's order: of names equal ignoring case only the first is
-  // read.
-  std::vector<const FolderEntry*> rows;
-  rows.reserve(listing.entries.size());
-  for (const FolderEntry& entry : listing.entries) rows.push_back(&entry);
-  std::sort(rows.begin(), rows.end(),
-            [](const FolderEntry* a, const FolderEntry* b) {
-              return ScanOrderLess(a->name, b->name);
-            });
+  // Of names equal ignoring case only the first is read; the rows are in
+  // the scan's order.
   const std::string* kept = nullptr;
-  for (const FolderEntry* row : rows) {
-    if (kept != nullptr && EqualsNoCase(*kept, row->name)) continue;
-    kept = &row->name;
-    if ((row->attributes & kAttrDirectory) != 0 && filter_(row->name)) {
-      found.push_back(rel + row->name + kPathSeparator);
+  for (const FolderEntry& row : listing.entries) {
+    if (kept != nullptr && EqualsNoCase(*kept, row.name)) continue;
+    kept = &row.name;
+    if ((row.attributes & kAttrDirectory) != 0 && filter_(row.name)) {
+      found.push_back(rel + row.name + kPathSeparator);
     }
   }
   return found;

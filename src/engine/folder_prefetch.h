@@ -46,8 +46,8 @@ class FolderPrefetch {
 
   // Listings taken by nobody yet that the threads may hold: the rows, and
   // the folders. The folder the scan needs next is listed regardless.
-  static constexpr std::size_t kMaxHeldEntries = 65536;
-  static constexpr std::size_t kMaxHeldFolders = 256;
+  static constexpr std::size_t kMaxHeldEntries = 16384;
+  static constexpr std::size_t kMaxHeldFolders = 64;
 
   // Walks the roots, in order, on `threads` threads, reading the
   // sub-folders that the filter lets through. The filter must be safe to

@@ -331,11 +331,13 @@ std::vector<std::size_t> Synchronizer::UsableRows(
   std::vector<FolderEntry>& rows = listing_;
   // In the tree's order, so new names join it in one merge; names equal
   // ignoring case come next to each other, the first by bytes first.
-  std::sort(rows.begin() + static_cast<std::ptrdiff_t>(first),
-            rows.begin() + static_cast<std::ptrdiff_t>(last),
-            [](const FolderEntry& a, const FolderEntry& b) {
-              return ScanOrderLess(a.name, b.name);
-            });
+  // A listing made ahead comes sorted already.
+  const auto begin = rows.begin() + static_cast<std::ptrdiff_t>(first);
+  const auto end = rows.begin() + static_cast<std::ptrdiff_t>(last);
+  const auto less = [](const FolderEntry& a, const FolderEntry& b) {
+    return ScanOrderLess(a.name, b.name);
+  };
+  if (!std::is_sorted(begin, end, less)) std::sort(begin, end, less);
   std::vector<std::size_t> usable;
   const std::string* kept = nullptr;
   for (std::size_t r = first; r < last; ++r) {
