@@ -5,7 +5,7 @@ FUZZ_DIR ?= build-fuzz
 FUZZ_SECONDS ?= 30
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps build run test fuzz screenshots bench-scan bench-copy bench-ini bench-confirm clean
+.PHONY: all deps build run test package fuzz screenshots bench-scan bench-copy bench-ini bench-confirm clean
 
 all: build
 
@@ -26,6 +26,15 @@ test: deps
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
 	@scripts/fuzz.sh $(FUZZ_DIR) $(FUZZ_SECONDS)
+
+# The Debian package, in $(BUILD_DIR)/packages, checked with lintian (which
+# fails on an error).
+package:
+	@scripts/install-deps.sh --package
+	cmake -S . -B $(BUILD_DIR) -DCMAKE_BUILD_TYPE=Release
+	cmake --build $(BUILD_DIR) -j $(JOBS)
+	cd $(BUILD_DIR) && cpack
+	lintian --fail-on error $(BUILD_DIR)/packages/pairwell_*.deb
 
 # Every fuzz target for FUZZ_SECONDS (make fuzz FUZZ_SECONDS=600 for a long
 # run), built with clang into $(FUZZ_DIR).

@@ -5,10 +5,15 @@ set -euo pipefail
 # The desktop program needs Qt 6 Widgets (its tests run on the offscreen
 # platform); screenshots render under a virtual X server with real fonts.
 # The fuzz targets are built with clang and link its libFuzzer runtime.
-# dist/validate.sh checks the desktop entry, the metainfo and the man pages.
+# dist/validate.sh checks the desktop entry, the metainfo and the man pages;
+# the install test compresses the man pages. With --package, also what
+# `make package` uses: dpkg-shlibdeps for the dependencies, lintian.
 packages=(g++ make cmake libgtest-dev libgmock-dev qt6-base-dev xvfb xauth
           fonts-dejavu-core clang libclang-rt-14-dev
-          desktop-file-utils appstream man-db groff-base)
+          desktop-file-utils appstream man-db groff-base gzip)
+if [ "${1:-}" = "--package" ]; then
+  packages+=(dpkg-dev file lintian)
+fi
 
 missing=()
 for p in "${packages[@]}"; do

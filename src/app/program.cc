@@ -44,22 +44,9 @@ std::shared_ptr<INIFileSection> FindSetSection(const INIFile& ini,
 
 }  // namespace
 
-std::string GetINIPath() {
-  const std::string from_environment = EnvironmentValue(kIniPathVariable);
-  if (!from_environment.empty()) return from_environment;
-  return CombinePath(ExecutableFolder(), std::string(kAppTitle) + ".ini");
-}
-
-std::string ConfigFolder() {
-  const std::string path = GetINIPath();
-  const std::string::size_type slash = path.find_last_of("/\\");
-  if (slash == std::string::npos) return std::string();
-  return slash == 0 ? path.substr(0, 1) : path.substr(0, slash);
-}
-
 void ClearLogIfOld(const Synchronizer& set) {
   if (!set.ClearLogDaily) return;
-  const std::string path = CombinePath(ConfigFolder(), Trim(set.LogFileName));
+  const std::string path = CombinePath(LogFolder(), Trim(set.LogFileName));
   FolderEntry entry;
   if (GetFileInfo(path, &entry) && entry.modify_date < std::floor(Now())) {
     DeleteFile(path);  // a log that cannot be deleted is simply kept
@@ -176,7 +163,10 @@ bool Program::Main(const std::string& command_line) {
   ini_file_ = std::make_unique<INIFile>();
   log_file_ = std::make_unique<LogFile>();
   run_state_ = RunState();
-  TheLogFile().SetBaseFolder(ConfigFolder());
+  // A first start of an installed program makes the person's
+  // configuration from the shipped one.
+  CreateUserConfig();
+  TheLogFile().SetBaseFolder(LogFolder());
 
   const std::vector<std::string> args = SplitCommandLine(command_line);
   const bool loaded = LoadSettings();

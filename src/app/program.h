@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "app/config_location.h"
 #include "app/front_end.h"
 #include "config/ini_file.h"
 #include "engine/log_file.h"
@@ -16,18 +17,6 @@
 #include "engine/synchronizer.h"
 
 namespace pairwell {
-
-// The environment variable that names the configuration file; when it is
-// not set, the file is "Pairwell.ini" beside the executable.
-constexpr char kIniPathVariable[] = "PAIRWELL_INI";
-
-// The configuration file's full path: $PAIRWELL_INI when set, else the
-// executable's folder joined with "Pairwell.ini".
-std::string GetINIPath();
-
-// The folder of the configuration file; relative log names are taken
-// relative to it.
-std::string ConfigFolder();
 
 // When the set clears its log daily: looks the trimmed log name up with
 // GetFileInfo and deletes it, errors ignored, when what was found was last

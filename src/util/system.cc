@@ -1,11 +1,13 @@
 #include "util/system.h"
 
 #include <limits.h>
+#include <pwd.h>
 #include <string.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <ctime>
+#include <vector>
 
 namespace pairwell {
 
@@ -35,6 +37,41 @@ std::string ExecutableFolder() {
 std::string EnvironmentValue(const char* name) {
   const char* value = std::getenv(name);
   return value == nullptr ? std::string() : value;
+}
+
+std::string HomeFolder() {
+  const std::string home = EnvironmentValue("HOME");
+  if (!home.empty()) return home;
+  struct passwd entry;
+  struct passwd* found = nullptr;
+  std::vector<char> buffer(16384);
+  if (getpwuid_r(getuid(), &entry, buffer.data(), buffer.size(), &found) != 0 ||
+      found == nullptr || found->pw_dir == nullptr) {
+    return std::string();
+  }
+  return found->pw_dir;
+}
+
+namespace {
+
+// $variable when it holds an absolute path (a relative one is to be
+// ignored), else the home folder joined with fallback.
+std::string XdgFolder(const char* variable, const char* fallback) {
+  const std::string value = EnvironmentValue(variable);
+  if (!value.empty() && value[0] == '/') return value;
+  const std::string home = HomeFolder();
+  if (home.empty()) return std::string();
+  return home + (home.back() == '/' ? "" : "/") + fallback;
+}
+
+}  // namespace
+
+std::string UserConfigFolder() {
+  return XdgFolder("XDG_CONFIG_HOME", ".config");
+}
+
+std::string UserStateFolder() {
+  return XdgFolder("XDG_STATE_HOME", ".local/state");
 }
 
 std::uint64_t TickCount() {

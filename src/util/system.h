@@ -18,6 +18,16 @@ std::string ExecutableFolder();
 // The value of an environment variable; empty when it is not set.
 std::string EnvironmentValue(const char* name);
 
+// The person's home folder: $HOME, else the account's home; empty when
+// neither is known.
+std::string HomeFolder();
+
+// The folders where programs keep a person's configuration and their state
+// (logs): $XDG_CONFIG_HOME and $XDG_STATE_HOME when they hold absolute
+// paths, else ~/.config and ~/.local/state. Empty when no home is known.
+std::string UserConfigFolder();
+std::string UserStateFolder();
+
 // Milliseconds from a fixed point in the past, never going back.
 std::uint64_t TickCount();
 

@@ -484,14 +484,6 @@ TEST_F(ProgramTest, SaveLastSyncDatesOfAMissingFileChangesNothing) {
   ASSERT_EQ(ui_.messages.size(), 1u);
 }
 
-TEST(GetINIPathTest, EnvironmentVariableWinsElseBesideTheExecutable) {
-  setenv(kIniPathVariable, "/some/where.ini", 1);
-  EXPECT_EQ(GetINIPath(), "/some/where.ini");
-  unsetenv(kIniPathVariable);
-  EXPECT_EQ(GetINIPath(), ExecutableFolder() + "/Pairwell.ini");
-  EXPECT_FALSE(ExecutableFolder().empty());
-}
-
 TEST_F(ProgramTest, StartRemovesWhatACrashedSaveLeftBesideTheFile) {
   const std::string stale = dir_.Join("Pairwell.ini.pairwell-Ab12Cd");
   const std::string recent = dir_.Join("Pairwell.ini.pairwell-Zz99Yy");
