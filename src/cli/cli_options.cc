@@ -22,6 +22,10 @@ std::string ParseCommandArgs(const std::vector<std::string>& args,
       options->allow_mass_delete = true;
     } else if (arg == "--all" && sync) {
       options->all_sets = true;
+    } else if (arg == "--progress" && sync) {
+      options->progress = ProgressMode::kOn;
+    } else if (arg == "--quiet" && sync) {
+      options->progress = ProgressMode::kOff;
     } else if (arg.size() > 1 && arg[0] == '-') {
       return "unknown option '" + arg + "' for " + options->command;
     } else {
@@ -85,7 +89,7 @@ std::string UsageText() {
          "would do;\n"
          "                       changes nothing\n"
          "  sync [--simulate] [--yes] [--ignore-errors] [--allow-mass-delete]\n"
-         "       (SET... | --all)\n"
+         "       [--progress | --quiet] (SET... | --all)\n"
          "                       synchronize the sets, one after another\n"
          "\n"
          "sync options:\n"
@@ -101,6 +105,15 @@ std::string UsageText() {
          "a set\n"
          "                   changes nothing (--yes does not allow it)\n"
          "  --all            every set, in list order\n"
+         "  --progress       show the progress line on stderr even when it is "
+         "not a\n"
+         "                   terminal (where it is, the line is shown anyway):"
+         " files\n"
+         "                   and bytes copied of the set's total, and the "
+         "current file\n"
+         "  --quiet          show no progress line; of --progress and --quiet"
+         " the\n"
+         "                   last one given counts\n"
          "\n"
          "SET is a set's name (case is ignored) or its number in the list.\n"
          "\n"

@@ -14,6 +14,13 @@ constexpr int kExitUsage = 2;
 constexpr int kExitConfirm = 3;
 constexpr int kExitSkipped = 4;
 
+// Whether sync draws its status line on stderr.
+enum class ProgressMode {
+  kAuto,  // when stderr is a terminal
+  kOn,    // always (--progress)
+  kOff,   // never (--quiet)
+};
+
 struct CliOptions {
   std::string ini_path;            // empty: the usual place
   std::string command;             // "list", "plan", "sync", "help", "version"
@@ -23,6 +30,8 @@ struct CliOptions {
   bool ignore_errors = false;      // sync
   bool all_sets = false;           // sync
   bool allow_mass_delete = false;  // sync
+  // sync; of --progress and --quiet the last one given counts.
+  ProgressMode progress = ProgressMode::kAuto;
   std::vector<std::string> sets;
 };
 

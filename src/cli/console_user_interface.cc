@@ -1,10 +1,12 @@
 #include "cli/console_user_interface.h"
 
-#include <unistd.h>
-
+#include "cli/progress_text.h"
 #include "engine/action_texts.h"
+#include "engine/run_state.h"
 #include "engine/sync_file.h"
+#include "engine/sync_progress.h"
 #include "engine/synchronizer.h"
+#include "util/terminal.h"
 
 namespace pairwell {
 
@@ -32,11 +34,12 @@ const char* AnswerName(int answer) {
 }  // namespace
 
 ConsoleUserInterface::ConsoleUserInterface(const ConsoleOptions& options)
-    : options_(options) {
-  options_.show_progress = options.show_progress && isatty(STDERR_FILENO);
-}
+    : options_(options),
+      line_(stderr, options.log_stream),
+      log_shares_line_(options.show_progress &&
+                       SameOutput(options.log_stream, stderr)) {}
 
-ConsoleUserInterface::~ConsoleUserInterface() { ClearProgress(); }
+ConsoleUserInterface::~ConsoleUserInterface() { line_.Erase(); }
 
 int ConsoleUserInterface::Answer(int style) const {
   switch (style & kMbButtonsMask) {
@@ -56,7 +59,7 @@ int ConsoleUserInterface::Answer(int style) const {
 
 int ConsoleUserInterface::MessageBox(const std::string& text, int style,
                                      const std::string& caption) {
-  FlushLog();
+  BeforeMessage();
   ++message_count_;
   const int answer = Answer(style);
   const bool question = (style & kMbButtonsMask) != kMbOkOnly;
@@ -66,38 +69,83 @@ int ConsoleUserInterface::MessageBox(const std::string& text, int style,
 }
 
 void ConsoleUserInterface::ShowStatus(const std::string& text) {
-  if (!options_.show_progress) return;
-  std::fflush(stdout);
-  std::fprintf(stderr, "\r\033[K%.100s", text.c_str());
-  std::fflush(stderr);
-  progress_shown_ = true;
+  status_ = text.substr(0, text.find('\n'));
+  Refresh();
 }
 
 void ConsoleUserInterface::ShowProgress(const std::string& caption) {
-  ClearProgress();
+  EraseLine();
   std::fprintf(options_.log_stream, "== %s\n", caption.c_str());
+  log_mid_line_ = false;
 }
 
-void ConsoleUserInterface::FlushLog() {
+void ConsoleUserInterface::HideProgress() { EraseLine(); }
+
+void ConsoleUserInterface::EnableMainWindow(bool enable) {
+  if (enable) EraseLine();
+}
+
+const SyncProgress* ConsoleUserInterface::Performing() const {
+  if (run_ == nullptr || run_->current_set == nullptr) return nullptr;
+  const SyncProgress& progress = run_->current_set->Progress();
+  return progress.performing ? &progress : nullptr;
+}
+
+void ConsoleUserInterface::Settle() {
+  if (!options_.show_progress) return;
+  const SyncProgress* performing = Performing();
+  if (performing != nullptr) {
+    actions_ = performing;
+  } else if (actions_ != nullptr) {
+    if (actions_->files_total > 0) {
+      line_.Finish(ProgressText(*actions_, line_.Columns()));
+    } else {
+      line_.Erase();
+    }
+    actions_ = nullptr;
+  } else if (run_ != nullptr && run_->busy) {
+    line_.Erase();
+  }
+}
+
+void ConsoleUserInterface::Refresh() {
+  Settle();
+  if (!options_.show_progress || log_mid_line_ || !line_.Due()) return;
+  if (actions_ != nullptr) {
+    line_.Show(ProgressText(*actions_, line_.Columns()));
+  } else if (!status_.empty() && (run_ == nullptr || !run_->busy)) {
+    line_.Show(status_);
+  }
+}
+
+void ConsoleUserInterface::EraseLine() {
+  Settle();
+  line_.Erase();
+  status_.clear();
+}
+
+void ConsoleUserInterface::BeforeMessage() {
+  Settle();
   // Log lines on stdout come before what stderr says next.
   std::fflush(stdout);
-  ClearProgress();
-}
-
-void ConsoleUserInterface::ClearProgress() {
-  if (!progress_shown_) return;
-  std::fprintf(stderr, "\r\033[K");
-  progress_shown_ = false;
+  line_.Hide();
 }
 
 void ConsoleUserInterface::AppendText(const std::string& text) {
-  ClearProgress();
+  if (log_shares_line_) {
+    Settle();
+    line_.Hide();
+  }
   std::fputs(text.c_str(), options_.log_stream);
+  if (!log_shares_line_ || text.empty()) return;
+  log_mid_line_ = text.back() != '\n';
+  // The same text again, not a new one: the line stays below the log.
+  if (!log_mid_line_) line_.Restore();
 }
 
 Confirmation ConsoleUserInterface::ConfirmActions(Synchronizer& set) {
   if (options_.assume_yes) return Confirmation::kContinue;
-  FlushLog();
+  BeforeMessage();
   std::fprintf(stderr,
                "Pairwell: these files of '%s' need confirmation; nothing was "
                "changed. Run again with --yes to accept their default "

@@ -12,6 +12,7 @@
 #include "cli/console_user_interface.h"
 #include "cli/output_buffer.h"
 #include "cli/reports.h"
+#include "util/terminal.h"
 
 namespace pairwell {
 namespace {
@@ -101,12 +102,15 @@ int Run(const CliOptions& options) {
     console.assume_yes = options.assume_yes;
     console.ignore_errors = options.ignore_errors;
     console.log_stream = stdout;
-    console.show_progress = true;
+    console.show_progress =
+        options.progress == ProgressMode::kOn ||
+        (options.progress == ProgressMode::kAuto && IsTerminal(stderr));
   }
   ConsoleUserInterface ui(console);
   Program program(ui);
   if (!program.Main("")) return kExitUsage;
   program.TheLogFile().EchoTextBox = ui.LogEcho();
+  ui.WatchRun(&program.Run());
   if (options.command == "list") {
     std::fputs(SetListText(program.SyncSets()).c_str(), stdout);
     return kExitOk;

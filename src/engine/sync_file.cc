@@ -1,10 +1,13 @@
 #include "engine/sync_file.h"
 
+#include <algorithm>
 #include <cerrno>
+#include <cstdint>
 #include <stdexcept>
 
 #include "config/ini_file_section.h"
 #include "engine/log_file.h"
+#include "engine/sync_progress.h"
 #include "engine/synchronizer.h"
 #include "util/file_system.h"
 #include "util/path.h"
@@ -317,23 +320,48 @@ long SyncFile::PerformAction(bool count_only) {
     if (s < 1 || s > count) return 0;
     for (int j = 1; j <= count; ++j) {
       if (!count_only && owner_->StopFlag) break;
-      if (j == s) continue;
-      const bool same = CopyExists(s) && FilesSeemTheSame(s, j) &&
-                        (ActionFlags & kFlagForceCopy) == 0;
-      if (!CopyNeeded(j, s)) {
-        if (!count_only && !same && KeptReadOnly(j)) {
-          owner_->TheLog().PrintL("Skipped: ", FullPath(j),
-                                  " is read-only and the action does not "
-                                  "overwrite read-only files");
-        }
-        continue;
+      if (CopiesOver(j)) {
+        ++operations;
+        if (!count_only) CopyOver(s, j);
+      } else if (!count_only && j != s && !SeemsSameAsSource(j) &&
+                 KeptReadOnly(j)) {
+        owner_->TheLog().PrintL("Skipped: ", FullPath(j),
+                                " is read-only and the action does not "
+                                "overwrite read-only files");
       }
-      if (same) continue;
-      ++operations;
-      if (!count_only) CopyOver(s, j);
     }
   }
   return operations;
+}
+
+void SyncFile::CountCopies(SyncProgress* progress) const {
+  const int s = SourceIndex;
+  if (blocked_ || Action != kUseNewest || s < 1 || s > owner_->WPathCount()) {
+    return;
+  }
+  for (int j = 1; j <= owner_->WPathCount(); ++j) {
+    if (!CopiesOver(j)) continue;
+    ++progress->files_total;
+    progress->bytes_total += CopySize(s);
+  }
+}
+
+bool SyncFile::SeemsSameAsSource(int j) const {
+  const int s = SourceIndex;
+  return CopyExists(s) && FilesSeemTheSame(s, j) &&
+         (ActionFlags & kFlagForceCopy) == 0;
+}
+
+bool SyncFile::CopiesOver(int j) const {
+  return j != SourceIndex && !SeemsSameAsSource(j) &&
+         CopyNeeded(j, SourceIndex);
+}
+
+std::int64_t SyncFile::CopySize(int s) const {
+  const std::int32_t recorded = Copy(s).size;
+  if (recorded != kSizeCap) return recorded;
+  const std::int64_t on_disk = FileSize(FullPath(s));
+  return on_disk < 0 ? recorded : on_disk;
 }
 
 bool SyncFile::MakeDestinationFolder(int d) {
@@ -372,6 +400,17 @@ bool SyncFile::UnchangedSinceScan(int j) {
 }
 
 void SyncFile::CopyOver(int s, int d) {
+  SyncProgress& progress = owner_->progress_;
+  const std::int64_t bytes_before = progress.bytes_done;
+  const std::int64_t bytes = CopySize(s);
+  WriteCopy(s, d, bytes_before, bytes);
+  // Done whatever became of it: the counts reach the totals at the end.
+  progress.bytes_done = bytes_before + bytes;
+  ++progress.files_done;
+}
+
+void SyncFile::WriteCopy(int s, int d, std::int64_t bytes_before,
+                         std::int64_t bytes) {
   const std::string source = FullPath(s);
   const std::string dest = FullPath(d);
   owner_->TheLog().PrintL("Copy ", dest, " from ", source);
@@ -380,8 +419,11 @@ void SyncFile::CopyOver(int s, int d) {
   if (!MakeDestinationFolder(d)) return;
   const bool read_only =
       CopyExists(d) && (Copy(d).attributes & (kAttrReadOnly | kAttrSystem));
-  // A long copy lets the windows breathe, and a stop ends it at once.
-  const CopyProgress progress = [this](std::int64_t, std::int64_t) {
+  // A long copy lets the windows breathe, and a stop ends it at once. A
+  // source grown since the scan moves the count no further than its share.
+  const CopyProgress progress = [this, bytes_before, bytes](std::int64_t done,
+                                                            std::int64_t) {
+    owner_->progress_.bytes_done = bytes_before + std::min(done, bytes);
     owner_->ManageUI();
     return !owner_->StopFlag;
   };

@@ -16,6 +16,7 @@
 namespace pairwell {
 
 class Synchronizer;
+struct SyncProgress;
 
 // Action codes; the same numbers as the conflict types' resolutions.
 constexpr std::int32_t kUndecided = 0;
@@ -152,17 +153,32 @@ class SyncFile {
   // count_only false the operations are also carried out.
   long PerformAction(bool count_only);
 
+  // Adds the copies that PerformAction(false) would make now, and their
+  // sources' sizes, to the progress totals.
+  void CountCopies(SyncProgress* progress) const;
+
  private:
   // The state (0..4) of the source copies whose effective date is (later)
   // or is not (!later) after the set's effective last-sync date.
   int ComputeState(bool later) const;
   int FolderType(int i) const;
   bool HasSourceCopy() const;
+  // Whether a use-newest action copies its source over copy j: not over
+  // itself, not over a copy that seems the same (unless forced), and only
+  // where CopyNeeded.
+  bool CopiesOver(int j) const;
+  bool SeemsSameAsSource(int j) const;
+  // The bytes a copy of copy s moves: its recorded size, or its size on disk
+  // for a file the scan could only record capped.
+  std::int64_t CopySize(int s) const;
   // Copies copy s over folder d, and deletes the copy in folder j, through
   // the set's log, simulation mode and error policy. An abort stops the set
-  // (its StopFlag).
+  // (its StopFlag). A copy moves the owner's progress on by its bytes.
   void CopyOver(int s, int d);
   void DeleteIn(int j);
+  // CopyOver's work, the owner's bytes done moving on with each chunk from
+  // bytes_before up to at most bytes_before + bytes.
+  void WriteCopy(int s, int d, std::int64_t bytes_before, std::int64_t bytes);
   // Whether copy j on disk is still what the scan saw (present with the
   // same size and date, or still absent); if not, logs and notes the skip.
   bool UnchangedSinceScan(int j);

@@ -18,6 +18,7 @@
 #include "engine/run_state.h"
 #include "engine/string_tree.h"
 #include "engine/sync_file_list.h"
+#include "engine/sync_progress.h"
 #include "util/file_system.h"
 #include "util/user_interface.h"
 
@@ -201,6 +202,9 @@ class Synchronizer {
   // once StopFlag is set (an abort answer sets it).
   void PerformActions();
 
+  // How far the actions of the last PerformActions have come.
+  const SyncProgress& Progress() const { return progress_; }
+
   // Lets window events run and shows SyncMsg, at most every 50 ms.
   void ManageUI();
 
@@ -312,6 +316,8 @@ class Synchronizer {
   void NoteFolder(int i, const std::string& rel);
   // Creates, in every working folder, the folders a source folder holds.
   void CreateMissingFolders();
+  // Starts progress_ over with the totals of the present actions.
+  void StartProgress();
   long AddSyncFile(const std::string& rel);
   // The same for the file named leaf (one of the names) in the folder rel,
   // which FileFolderNumber(rel) numbered.
@@ -376,6 +382,8 @@ class Synchronizer {
   long ignored_errors_ = 0;
   bool aborted_ = false;
   long current_action_ = 0;
+  // SyncFile moves the counts on as its copies go.
+  SyncProgress progress_;
   std::uint64_t last_status_tick_ = 0;
   bool status_shown_ = false;
 };

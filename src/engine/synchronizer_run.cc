@@ -73,19 +73,29 @@ void Synchronizer::RemoveLeftovers() {
   leftovers_.clear();
 }
 
+void Synchronizer::StartProgress() {
+  progress_ = SyncProgress();
+  for (long i = 1; i <= WFileCount(); ++i) WFile(i).CountCopies(&progress_);
+  progress_.performing = true;
+}
+
 void Synchronizer::PerformActions() {
   SyncMsg = "Performing actions";
+  StartProgress();
   RemoveLeftovers();
   if (SyncFolders) CreateMissingFolders();
   const long count = WFileCount();
   for (long i = 1; i <= count; ++i) {
     current_action_ = i;
+    progress_.current_file = WFile(i).RelativeName();
     SyncMsg = "Performing actions " + std::to_string(i) + "/" +
-              std::to_string(count) + "\nFor file: " + WFile(i).RelativeName();
+              std::to_string(count) + "\nFor file: " + progress_.current_file;
     ManageUI();
     if (StopFlag) break;
     WFile(i).PerformAction(false);
   }
+  progress_.performing = false;
+  progress_.current_file.clear();
   SyncMsg =
       (StopFlag ? "Sync actions stopped - " : "Sync actions completed - ") +
       FormatGeneralDate(Now());

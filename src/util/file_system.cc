@@ -172,6 +172,16 @@ bool GetItemInfo(const std::string& path, FolderEntry* entry) {
   return true;
 }
 
+std::int64_t FileSize(const std::string& path) {
+  StatInfo info;
+  if (HasNul(path) ||
+      StatAt(AT_FDCWD, path.c_str(), AT_SYMLINK_NOFOLLOW, &info) != 0 ||
+      !S_ISREG(info.mode)) {
+    return -1;
+  }
+  return info.size;
+}
+
 int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
                std::vector<LeftOutEntry>* left_out) {
   if (HasNul(folder)) return EINVAL;

@@ -72,6 +72,10 @@ bool GetFileInfo(const std::string& path, FolderEntry* entry);
 // folder; false for anything else or when it is missing.
 bool GetItemInfo(const std::string& path, FolderEntry* entry);
 
+// The full size of the regular file at the path (a final symbolic link not
+// followed), which a listing caps at kSizeCap; -1 when there is no such file.
+std::int64_t FileSize(const std::string& path);
+
 // Appends one row per file and folder of the folder ("." and ".." left out)
 // to *entries, with one pass of the directory and one stat per entry
 // relative to it. Symbolic links and special files are not followed or

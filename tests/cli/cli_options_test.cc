@@ -55,12 +55,34 @@ TEST(CliOptionsTest, UsageErrorsSayWhatIsWrong) {
       {{"plan", "a", "b"}, "plan takes exactly one set"},
       {{"plan", "--fast", "a"}, "unknown option '--fast' for plan"},
       {{"list", "--json"}, "unknown option '--json' for list"},
+      {{"plan", "--progress", "a"}, "unknown option '--progress' for plan"},
+      {{"list", "--quiet"}, "unknown option '--quiet' for list"},
   };
   for (const auto& c : kCases) {
     std::string problem;
     Parse(c.args, &problem);
     EXPECT_EQ(problem, c.problem) << "args " << c.args.size();
   }
+}
+
+TEST(CliOptionsTest, SyncProgressFollowsTheTerminalUnlessTold) {
+  std::string problem;
+  EXPECT_EQ(Parse({"sync", "Docs"}, &problem).progress, ProgressMode::kAuto);
+  EXPECT_EQ(Parse({"sync", "--progress", "Docs"}, &problem).progress,
+            ProgressMode::kOn);
+  EXPECT_EQ(Parse({"sync", "Docs", "--quiet"}, &problem).progress,
+            ProgressMode::kOff);
+  EXPECT_EQ(problem, "");
+}
+
+TEST(CliOptionsTest, OfProgressAndQuietTheLastOneCounts) {
+  std::string problem;
+  EXPECT_EQ(Parse({"sync", "--progress", "--quiet", "Docs"}, &problem).progress,
+            ProgressMode::kOff);
+  EXPECT_EQ(Parse({"sync", "--quiet", "Docs", "--progress"}, &problem).progress,
+            ProgressMode::kOn);
+  EXPECT_EQ(problem, "");
+  EXPECT_NE(UsageText().find("[--progress | --quiet]"), std::string::npos);
 }
 
 }  // namespace

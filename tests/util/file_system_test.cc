@@ -166,6 +166,26 @@ TEST_F(FileSystemTest, FileOver2GiBIsRecordedWithTheSizeCap) {
   EXPECT_EQ(rows[1].size, 0x7FFFFFFF);
 }
 
+TEST_F(FileSystemTest, FileSizeIsTheWholeSizePastTheCap) {
+  const std::string path = dir_.Join("big.bin");
+  dir_.WriteFile("big.bin", "");
+  ASSERT_EQ(truncate(path.c_str(), 3LL * 1024 * 1024 * 1024), 0);
+  dir_.WriteFile("small.txt", "12345");
+  EXPECT_EQ(FileSize(path), 3LL * 1024 * 1024 * 1024);
+  EXPECT_EQ(FileSize(dir_.Join("small.txt")), 5);
+}
+
+TEST_F(FileSystemTest, FileSizeIsMinusOneWhereNoRegularFileStands) {
+  dir_.WriteFile("target.txt", "t");
+  ASSERT_EQ(symlink(dir_.Join("target.txt").c_str(), dir_.Join("link").c_str()),
+            0);
+  EXPECT_EQ(FileSize(dir_.Join("link")), -1);
+  EXPECT_EQ(FileSize(dir_.path()), -1);
+  EXPECT_EQ(FileSize(dir_.Join("missing")), -1);
+  // The NUL would end the path early, at the file.
+  EXPECT_EQ(FileSize(dir_.Join("target.txt") + std::string(1, '\0') + "x"), -1);
+}
+
 TEST_F(FileSystemTest, LinksAndSpecialFilesAreLeftOutAndNamed) {
   dir_.WriteFile("target.txt", "t");
   ASSERT_EQ(

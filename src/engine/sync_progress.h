@@ -1,0 +1,31 @@
+// How far a set's actions have come, for a front end to read from the event
+// pump while they run. PerformActions sets the totals from what the actions
+// need before the first of them, then moves the counts on as it goes: a
+// copy's bytes chunk by chunk. A copy that fails, is skipped or is only
+// logged (simulation) counts as done with all its bytes, so that the counts
+// reach the totals once every action has been dealt with; a stop leaves
+// them short.
+#ifndef PAIRWELL_ENGINE_SYNC_PROGRESS_H_
+#define PAIRWELL_ENGINE_SYNC_PROGRESS_H_
+
+#include <cstdint>
+#include <string>
+
+namespace pairwell {
+
+struct SyncProgress {
+  // Copy operations: one per destination folder a file is copied to.
+  long files_total = 0;
+  long files_done = 0;
+  // The sizes of those copies' sources.
+  std::int64_t bytes_total = 0;
+  std::int64_t bytes_done = 0;
+  // The relative name of the file whose action runs now; "" outside them.
+  std::string current_file;
+  // From the totals until the last action has been dealt with.
+  bool performing = false;
+};
+
+}  // namespace pairwell
+
+#endif  // PAIRWELL_ENGINE_SYNC_PROGRESS_H_
