@@ -31,7 +31,12 @@ int main(int argc, char** argv) {
   QApplication app(argc, argv);
   QApplication::setApplicationName(QStringLiteral("Pairwell"));
   QApplication::setApplicationVersion(QStringLiteral(PAIRWELL_VERSION));
-  QApplication::setWindowIcon(QIcon::fromTheme(QStringLiteral("folder-sync")));
+  // The installed icon and menu entry; a build not installed borrows the
+  // theme's.
+  QGuiApplication::setDesktopFileName(QStringLiteral("org.pairwell.Pairwell"));
+  QApplication::setWindowIcon(
+      QIcon::fromTheme(QStringLiteral("org.pairwell.Pairwell"),
+                       QIcon::fromTheme(QStringLiteral("folder-sync"))));
   pairwell::QtFrontEnd front_end;
   pairwell::Program program(front_end);
   front_end.SetProgram(&program);
