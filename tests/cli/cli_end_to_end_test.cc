@@ -173,7 +173,10 @@ class Immutable {
         std::system(("chattr +i '" + path_ + "' 2>/dev/null").c_str()) == 0;
   }
   ~Immutable() {
-    if (active_) std::system(("chattr -i '" + path_ + "' 2>/dev/null").c_str());
+    if (active_ &&
+        std::system(("chattr -i '" + path_ + "' 2>/dev/null").c_str()) != 0) {
+      ADD_FAILURE() << "could not make " << path_ << " changeable again";
+    }
   }
   Immutable(const Immutable&) = delete;
   Immutable& operator=(const Immutable&) = delete;
