@@ -18,7 +18,6 @@ NameRef NameArena::Add(std::string_view name) {
     // The name may lie in an older block: blocks never move, so it is
     // still there while the new one is filled.
     blocks_.emplace_back(new char[size]);
-    capacity_ += size;
     used_ = 0;
   }
   char* block = blocks_.back().get();
@@ -40,7 +39,6 @@ std::string_view NameArena::View(NameRef ref) const {
 void NameArena::Clear() {
   blocks_.clear();
   used_ = kBlockSize;
-  capacity_ = 0;
 }
 
 }  // namespace pairwell

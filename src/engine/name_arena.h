@@ -30,8 +30,6 @@ class NameArena {
   // Valid until Clear(); the bytes never move.
   std::string_view View(NameRef ref) const;
   void Clear();
-  // The bytes the blocks take.
-  std::size_t Capacity() const { return capacity_; }
 
  private:
   static constexpr unsigned kBlockBits = 16;
@@ -40,7 +38,6 @@ class NameArena {
   // A name longer than a block gets a block of its own, at position 0.
   std::vector<std::unique_ptr<char[]>> blocks_;
   std::size_t used_ = kBlockSize;  // in the last block; full before the first
-  std::size_t capacity_ = 0;
 };
 
 }  // namespace pairwell

@@ -131,7 +131,6 @@ class Synchronizer {
   long WFileCount() const { return static_cast<long>(files_.Count()); }
   SyncFile& WFile(long i) const;
   StringTree& WRootTree() { return *root_tree_; }
-  const StringTree& WRootTree() const { return *root_tree_; }
   // The folder part of the files' names, by the number a file keeps: 0 is
   // the top level (""), the others end in a separator.
   const std::string& FileFolder(std::uint32_t folder) const;

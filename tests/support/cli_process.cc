@@ -15,14 +15,14 @@ extern char** environ;
 
 namespace pairwell {
 
-namespace {
-
 std::string ReadOutput(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   std::ostringstream content;
   content << in.rdbuf();
   return content.str();
 }
+
+namespace {
 
 int ExitCodeOf(int status) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -38,23 +38,29 @@ bool Reap(pid_t pid, int* status) {
 
 }  // namespace
 
-pid_t StartProcess(const std::vector<std::string>& argv,
-                   const std::string& out_path, const std::string& err_path) {
+pid_t SpawnProcess(const std::vector<std::string>& argv,
+                   const posix_spawn_file_actions_t& actions) {
   std::vector<std::string> words = argv;
   std::vector<char*> pointers;
   for (std::string& word : words) pointers.push_back(&word[0]);
   pointers.push_back(nullptr);
+  pid_t pid = -1;
+  if (posix_spawnp(&pid, pointers[0], &actions, nullptr, pointers.data(),
+                   environ) != 0) {
+    pid = -1;
+  }
+  return pid;
+}
+
+pid_t StartProcess(const std::vector<std::string>& argv,
+                   const std::string& out_path, const std::string& err_path) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out_path.c_str(),
                                    O_WRONLY | O_CREAT | O_TRUNC, 0644);
   posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, err_path.c_str(),
                                    O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  pid_t pid = -1;
-  if (posix_spawnp(&pid, pointers[0], &actions, nullptr, pointers.data(),
-                   environ) != 0) {
-    pid = -1;
-  }
+  const pid_t pid = SpawnProcess(argv, actions);
   posix_spawn_file_actions_destroy(&actions);
   return pid;
 }

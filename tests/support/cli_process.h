@@ -4,6 +4,7 @@
 #ifndef PAIRWELL_TESTS_SUPPORT_CLI_PROCESS_H_
 #define PAIRWELL_TESTS_SUPPORT_CLI_PROCESS_H_
 
+#include <spawn.h>
 #include <sys/types.h>
 
 #include <chrono>
@@ -31,6 +32,14 @@ struct KillOutcome {
 // words as its arguments, its standard output and error written to the
 // files out_path and err_path (created or emptied). The process id, or -1
 // when it could not be started.
+// Starts argv[0] (looked up in PATH) with the file actions given, which
+// stay the caller's; -1 when it cannot start.
+pid_t SpawnProcess(const std::vector<std::string>& argv,
+                   const posix_spawn_file_actions_t& actions);
+
+// The whole content of a file; "" when it cannot be read.
+std::string ReadOutput(const std::string& path);
+
 pid_t StartProcess(const std::vector<std::string>& argv,
                    const std::string& out_path, const std::string& err_path);
 

@@ -6,16 +6,13 @@
 #include <spawn.h>
 #include <stdlib.h>
 #include <sys/ioctl.h>
-#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <cerrno>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
-extern char** environ;
+#include "support/cli_process.h"
 
 namespace pairwell {
 
@@ -44,10 +41,6 @@ bool OpenTerminal(unsigned short columns, int* master, int* slave) {
 
 pid_t Spawn(const std::vector<std::string>& argv, int slave,
             const std::string& out_path, bool output_on_terminal) {
-  std::vector<std::string> words = argv;
-  std::vector<char*> pointers;
-  for (std::string& word : words) pointers.push_back(&word[0]);
-  pointers.push_back(nullptr);
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, slave, STDERR_FILENO);
@@ -57,11 +50,7 @@ pid_t Spawn(const std::vector<std::string>& argv, int slave,
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, out_path.c_str(),
                                      O_WRONLY | O_CREAT | O_TRUNC, 0644);
   }
-  pid_t pid = -1;
-  if (posix_spawnp(&pid, pointers[0], &actions, nullptr, pointers.data(),
-                   environ) != 0) {
-    pid = -1;
-  }
+  const pid_t pid = SpawnProcess(argv, actions);
   posix_spawn_file_actions_destroy(&actions);
   return pid;
 }
@@ -80,13 +69,6 @@ bool ReadSome(int master, std::chrono::milliseconds wait, std::string* into) {
     return true;
   }
   return n < 0 && errno == EINTR;
-}
-
-std::string ReadFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
 }
 
 }  // namespace
@@ -110,13 +92,10 @@ TerminalResult RunOnTerminal(const std::vector<std::string>& argv,
       if (std::chrono::steady_clock::now() - start > kLongest)
         kill(pid, SIGKILL);
     }
-    int status = 0;
-    while (waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
-    result.exit_code = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    result.exit_code = WaitForExit(pid);
   }
   if (master >= 0) close(master);
-  if (!options.output_on_terminal) result.out = ReadFile(out_path);
+  if (!options.output_on_terminal) result.out = ReadOutput(out_path);
   return result;
 }
 
