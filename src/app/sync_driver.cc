@@ -29,7 +29,7 @@ void PrepareLog(Synchronizer& set, FrontEnd& ui) {
 
 bool AnyNeedsConfirmation(const Synchronizer& set) {
   for (long i = 1; i <= set.WFileCount(); ++i) {
-    if (NeedsConfirmation(set, set.WFile(i).ComputeConflictIndex())) {
+    if (NeedsConfirmation(set.WFile(i))) {
       return true;
     }
   }

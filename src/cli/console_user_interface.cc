@@ -153,7 +153,7 @@ Confirmation ConsoleUserInterface::ConfirmActions(Synchronizer& set) {
                set.Name.c_str());
   for (long i = 1; i <= set.WFileCount(); ++i) {
     SyncFile& file = set.WFile(i);
-    if (!NeedsConfirmation(set, file.ComputeConflictIndex())) continue;
+    if (!NeedsConfirmation(file)) continue;
     file.CalcNoEffect();
     std::fprintf(stderr, "  %s  %s  %s\n", file.RelativeName().c_str(),
                  StatusText(file).c_str(), ActionText(file).c_str());

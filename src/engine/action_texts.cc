@@ -33,11 +33,16 @@ bool NeedsConfirmation(const Synchronizer& set, int conflict_index) {
          set.ConflictTypes(conflict_index).ListChecked;
 }
 
+bool NeedsConfirmation(const SyncFile& file) {
+  return NeedsConfirmation(file.Owner(), file.ComputeConflictIndex()) ||
+         file.EmptyCopyHeld();
+}
+
 ConflictCounts CountConflicts(const Synchronizer& set) {
   ConflictCounts counts;
   for (long i = 1; i <= set.WFileCount(); ++i) {
     const int c = set.WFile(i).ComputeConflictIndex();
-    if (NeedsConfirmation(set, c)) {
+    if (NeedsConfirmation(set.WFile(i))) {
       ++counts.need_confirmation;
     } else if (IsConflict(set, c)) {
       ++counts.auto_handled;
@@ -58,7 +63,7 @@ std::string StatusText(const SyncFile& file) {
     }
   }
   const int c = file.ComputeConflictIndex();
-  if (NeedsConfirmation(set, c)) {
+  if (NeedsConfirmation(file)) {
     status += "!!";
   } else if (IsConflict(set, c)) {
     status += "!";
@@ -151,7 +156,7 @@ std::string GetAttribString(std::uint16_t attributes) {
 bool MatchesShowMode(const SyncFile& file, int mode) {
   switch (mode) {
     case kShowNeedConfirmation:
-      return NeedsConfirmation(file.Owner(), file.ComputeConflictIndex());
+      return NeedsConfirmation(file);
     case kShowAllConflicts:
       return IsConflict(file.Owner(), file.ComputeConflictIndex());
     case kShowMarkedForAction:

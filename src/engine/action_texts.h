@@ -26,6 +26,9 @@ std::string FolderFlagWords(std::int32_t flags);
 // configurable, and needs confirmation when it is also checked.
 bool IsConflict(const Synchronizer& set, int conflict_index);
 bool NeedsConfirmation(const Synchronizer& set, int conflict_index);
+// Whether the file's action needs a person's confirmation: its conflict
+// type asks for it, or an empty copy would replace one that holds data.
+bool NeedsConfirmation(const SyncFile& file);
 
 struct ConflictCounts {
   long need_confirmation = 0;

@@ -254,13 +254,36 @@ void SyncFile::ComputeDefAction() {
   if (type.CreateDest) ActionFlags |= kFlagCreate;
   // The type's default resolution decides, not the set's custom one.
   Action = type.DefAction;
-  if (Action == kUseNewest) SourceIndex = GetNewestFileIndex(true);
+  if (Action == kUseNewest) {
+    SourceIndex = GetNewestFileIndex(true);
+    if (DataCopyAtRisk() != 0) Action = kUndecided;
+  }
   // Without smart deletes, a deletion that only the last-sync date can
   // justify (a source still has the file) is left to the person.
   if (Action == kDeleteAll && !owner_->AllowSmartDeletes &&
       (ComputeSituation(false) & kSituSyncDateExists) != 0 && HasSourceCopy()) {
     Action = kUndecided;
   }
+}
+
+int SyncFile::DataCopyAtRisk() const {
+  const int s = GetNewestFileIndex(true);
+  if (s < 1 || Copy(s).size != 0) return 0;
+  for (int j = 1; j <= owner_->WPathCount(); ++j) {
+    if (j != s && CopyExists(j) && Copy(j).size != 0 &&
+        DatesEqual(GetEffectiveDate(j), GetEffectiveDate(s))) {
+      return j;
+    }
+  }
+  return 0;
+}
+
+bool SyncFile::EmptyCopyHeld() const {
+  if (blocked_) return false;
+  const int conflict = ComputeConflictIndex();
+  return conflict > 0 &&
+         owner_->ConflictTypes(conflict).DefAction == kUseNewest &&
+         DataCopyAtRisk() != 0;
 }
 
 bool SyncFile::HasSourceCopy() const {
@@ -335,15 +358,23 @@ long SyncFile::PerformAction(bool count_only) {
 }
 
 void SyncFile::CountCopies(SyncProgress* progress) const {
+  for (int j : CopyDestinations()) {
+    (void)j;
+    ++progress->files_total;
+    progress->bytes_total += CopySize(SourceIndex);
+  }
+}
+
+std::vector<int> SyncFile::CopyDestinations() const {
+  std::vector<int> folders;
   const int s = SourceIndex;
   if (blocked_ || Action != kUseNewest || s < 1 || s > owner_->WPathCount()) {
-    return;
+    return folders;
   }
   for (int j = 1; j <= owner_->WPathCount(); ++j) {
-    if (!CopiesOver(j)) continue;
-    ++progress->files_total;
-    progress->bytes_total += CopySize(s);
+    if (CopiesOver(j)) folders.push_back(j);
   }
+  return folders;
 }
 
 bool SyncFile::SeemsSameAsSource(int j) const {
@@ -369,9 +400,14 @@ bool SyncFile::MakeDestinationFolder(int d) {
   const std::string::size_type slash = path.find_last_of("/\\");
   const std::string folder =
       slash == std::string::npos ? std::string(".") : path.substr(0, slash);
-  return owner_->WithErrorPolicy(
-      "Unable to create the following folder:\n\n" + folder,
-      [&] { return MakeDirectoryError(folder); });
+  if (owner_->ready_folders_.count(folder) != 0) return true;
+  if (!owner_->WithErrorPolicy(
+          "Unable to create the following folder:\n\n" + folder,
+          [&] { return MakeDirectoryError(folder); })) {
+    return false;
+  }
+  owner_->ready_folders_.insert(folder);
+  return true;
 }
 
 bool SyncFile::SameAsScanned(int j) const {
@@ -400,60 +436,45 @@ bool SyncFile::UnchangedSinceScan(int j) {
 }
 
 void SyncFile::CopyOver(int s, int d) {
-  SyncProgress& progress = owner_->progress_;
-  const std::int64_t bytes_before = progress.bytes_done;
-  const std::int64_t bytes = CopySize(s);
-  WriteCopy(s, d, bytes_before, bytes);
+  WriteCopy(s, d);
   // Done whatever became of it: the counts reach the totals at the end.
-  progress.bytes_done = bytes_before + bytes;
-  ++progress.files_done;
+  owner_->CopyTurnEnded(CopySize(s));
 }
 
-void SyncFile::WriteCopy(int s, int d, std::int64_t bytes_before,
-                         std::int64_t bytes) {
+void SyncFile::WriteCopy(int s, int d) {
   const std::string source = FullPath(s);
   const std::string dest = FullPath(d);
   owner_->TheLog().PrintL("Copy ", dest, " from ", source);
-  if (owner_->Run().simulation_mode) return;
-  if (!UnchangedSinceScan(d)) return;
-  if (!MakeDestinationFolder(d)) return;
+  if (owner_->Run().simulation_mode) {
+    owner_->CancelCopyAhead(d);
+    return;
+  }
+  if (!UnchangedSinceScan(d) || !MakeDestinationFolder(d)) {
+    owner_->CancelCopyAhead(d);
+    return;
+  }
   const bool read_only =
       CopyExists(d) && (Copy(d).attributes & (kAttrReadOnly | kAttrSystem));
-  // A long copy lets the windows breathe, and a stop ends it at once. A
-  // source grown since the scan moves the count no further than its share.
-  const CopyProgress progress = [this, bytes_before, bytes](std::int64_t done,
-                                                            std::int64_t) {
-    owner_->progress_.bytes_done = bytes_before + std::min(done, bytes);
-    owner_->ManageUI();
-    return !owner_->StopFlag;
-  };
-  // Checked again just before the rename: an edit made while the bytes were
-  // being written would otherwise be lost.
-  bool changed = false;
-  const ReplaceCheck may_replace = [&] {
-    changed = !SameAsScanned(d);
-    return !changed;
-  };
+  std::string temp;
   const bool copied = owner_->WithErrorPolicy(
       "Unable to perform the copy operation:\n\n" + source + " -> " + dest,
       [&] {
         if (read_only) ClearReadOnly(dest);
-        const int result =
-            CopyFileReplacing(source, dest, progress, may_replace);
-        return result == kDestinationChanged ? 0 : result;
+        return owner_->AwaitCopy(*this, s, d, &temp);
       });
-  if (changed) {
-    SkipChanged(d);
-    return;
-  }
   if (!copied) {
     if (owner_->StopFlag && !owner_->Aborted()) {
       owner_->TheLog().PrintL("Copy stopped: ", dest, " stays as it was");
     }
     return;
   }
+  owner_->PlaceWhenFlushed(*this, s, d, temp);
+}
+
+void SyncFile::FinishCopy(int s, int d) {
   // The copy keeps the source's modification time and permissions; only the
   // creation date is left, which POSIX cannot set.
+  const std::string dest = FullPath(d);
   if (owner_->MatchCDateOnCopy && !SetCreationTime(dest, Copy(s).create_date)) {
     owner_->TheLog().PrintErrL("Error setting creation time of ", dest);
   }
@@ -466,6 +487,7 @@ void SyncFile::DeleteIn(int j) {
   owner_->TheLog().PrintL("Deleting ", path);
   if (owner_->Run().simulation_mode) return;
   if (!UnchangedSinceScan(j)) return;
+  owner_->NoteWritten(j);
   if (owner_->WithErrorPolicy("Unable to delete the following file:\n\n" + path,
                               [&] { return DeleteFile(path); })) {
     MutableCopy(j).modify_date = 0;

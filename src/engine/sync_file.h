@@ -157,6 +157,20 @@ class SyncFile {
   // sources' sizes, to the progress totals.
   void CountCopies(SyncProgress* progress) const;
 
+  // The folders, in order, that PerformAction(false) would copy copy
+  // SourceIndex over now (empty unless the action is use-newest).
+  std::vector<int> CopyDestinations() const;
+
+  // The folder of a copy that holds data and has the same date as the
+  // empty copy that use-newest would copy over it; 0 when there is none. An
+  // empty copy dated like a full one is what a power cut or a pulled drive
+  // leaves of a copy, so a person chooses: a default use-newest stays
+  // undecided and needs confirmation.
+  int DataCopyAtRisk() const;
+  // Whether DataCopyAtRisk held back the default action of the file's
+  // conflict type.
+  bool EmptyCopyHeld() const;
+
  private:
   // The state (0..4) of the source copies whose effective date is (later)
   // or is not (!later) after the set's effective last-sync date.
@@ -176,9 +190,12 @@ class SyncFile {
   // (its StopFlag). A copy moves the owner's progress on by its bytes.
   void CopyOver(int s, int d);
   void DeleteIn(int j);
-  // CopyOver's work, the owner's bytes done moving on with each chunk from
-  // bytes_before up to at most bytes_before + bytes.
-  void WriteCopy(int s, int d, std::int64_t bytes_before, std::int64_t bytes);
+  // CopyOver's work: up to a copy written beside the destination, which the
+  // owner puts in place once it is on the disk (or at once, outside
+  // PerformActions).
+  void WriteCopy(int s, int d);
+  // What is left once the owner has put copy s in place over folder d.
+  void FinishCopy(int s, int d);
   // Whether copy j on disk is still what the scan saw (present with the
   // same size and date, or still absent); if not, logs and notes the skip.
   bool UnchangedSinceScan(int j);

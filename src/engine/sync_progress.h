@@ -22,6 +22,11 @@ struct SyncProgress {
   std::int64_t bytes_done = 0;
   // The relative name of the file whose action runs now; "" outside them.
   std::string current_file;
+  // That file's own copy: bytes written of its source's size (0 of 0 when
+  // it copies nothing). With copies made ahead on other threads, the bytes
+  // above run ahead of the file at hand; these are the file's own.
+  std::int64_t current_bytes_done = 0;
+  std::int64_t current_bytes_total = 0;
   // From the totals until the last action has been dealt with.
   bool performing = false;
 };

@@ -4,6 +4,7 @@
 #define PAIRWELL_ENGINE_SYNCHRONIZER_H_
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <unordered_map>
@@ -12,6 +13,7 @@
 #include <vector>
 
 #include "engine/conflict_descriptor.h"
+#include "engine/copy_pipeline.h"
 #include "engine/folder_prefetch.h"
 #include "engine/log_file.h"
 #include "engine/name_arena.h"
@@ -192,13 +194,22 @@ class Synchronizer {
   // default, means one per core. The result is the same whatever the count.
   void SetScanThreads(int threads) { scan_threads_ = threads; }
 
+  // The threads that write copies, ahead of the file at hand, while
+  // PerformActions runs; 0, the default, means kDefaultCopyThreads. The log,
+  // the questions and the result are the same whatever the count.
+  void SetCopyThreads(int threads) { copy_threads_ = threads; }
+  static constexpr int kDefaultCopyThreads = 4;
+
   // The 1-based index of the file whose action PerformActions carries out
   // now (the count of files done so far plus one); 0 before the actions.
   long CurrentAction() const { return current_action_; }
 
   // Carries out every file's action in list order (creating the folders of
   // the sources first when SyncFolders is on). Stops before the next file
-  // once StopFlag is set (an abort answer sets it).
+  // once StopFlag is set (an abort answer sets it). Copies are written ahead
+  // on other threads and put in place in batches, each once its bytes are
+  // on the disk; it returns once everything it wrote, put in place and
+  // deleted is on the disk, so "completed" holds even after a power cut.
   void PerformActions();
 
   // How far the actions of the last PerformActions have come.
@@ -317,6 +328,56 @@ class Synchronizer {
   void CreateMissingFolders();
   // Starts progress_ over with the totals of the present actions.
   void StartProgress();
+
+  // The copies of PerformActions (synchronizer_copies.cc). A copy is
+  // written beside its destination ahead of its file's turn, taken at the
+  // turn, and put in place with the rest of its batch once their file
+  // systems have been flushed.
+  struct StagedCopy {
+    SyncFile* file = nullptr;
+    int source = 0;
+    int dest = 0;
+    std::string temp;
+    std::int64_t bytes = 0;
+  };
+  void StartCopies();
+  // Submits the copies of the files after `current` while the bounds on
+  // copies and bytes ahead allow.
+  void SubmitCopiesAhead(long current);
+  // Makes sure the folder exists for a copy written ahead; false leaves the
+  // copy to its turn, where a failure is asked about.
+  bool FolderReadyAhead(const std::string& folder);
+  // The copy of the file at hand to folder d: waits for it while the
+  // windows breathe (submitting it first when it was not written ahead);
+  // 0 and the staged copy in *temp, or the error number (ECANCELED after a
+  // stop).
+  int AwaitCopy(const SyncFile& file, int s, int d, std::string* temp);
+  // Forgets the copy written ahead for folder d of the file at hand.
+  void CancelCopyAhead(int d);
+  // Keeps the staged copy for the batch (or puts it in place at once,
+  // outside PerformActions).
+  void PlaceWhenFlushed(SyncFile& file, int s, int d, const std::string& temp);
+  void CopyTurnEnded(std::int64_t bytes);
+  // Flushes the batch's file systems, then puts each copy in place, checking
+  // once more that its destination did not change since the scan.
+  void PlaceStagedCopies();
+  // Flushes every file system that holds a copy of the batch; false when
+  // one was given up.
+  bool FlushStagedCopies(const std::vector<StagedCopy>& batch);
+  // Cancels the copies written ahead, and puts the batch in place: before a
+  // question about an error, so that the disk holds no more than needed.
+  void SettleCopies();
+  // Ends the copies: those ahead cancelled, the batch put in place, and
+  // every file system the run changed flushed.
+  void FinishCopies();
+  // Flushes the file system holding path on another thread while the
+  // windows breathe, through the error policy; false when given up.
+  bool FlushFileSystemOf(const std::string& path);
+  // Flushes every file system the run changed since the last time.
+  void FlushWritten();
+  // Notes that the run changes working folder `folder`.
+  void NoteWritten(int folder);
+  void RefreshCopyProgress(long ticket);
   long AddSyncFile(const std::string& rel);
   // The same for the file named leaf (one of the names) in the folder rel,
   // which FileFolderNumber(rel) numbered.
@@ -383,6 +444,24 @@ class Synchronizer {
   long current_action_ = 0;
   // SyncFile moves the counts on as its copies go.
   SyncProgress progress_;
+  // Bytes of the copies whose turn has ended.
+  std::int64_t turn_bytes_ = 0;
+  int copy_threads_ = 0;
+  bool performing_ = false;
+  std::unique_ptr<CopyPipeline> copies_;
+  // (file index, folder) of each copy written ahead, to its ticket.
+  std::map<std::pair<long, int>, long> tickets_;
+  // The files whose copies were submitted ahead: 1..submitted_through_.
+  long submitted_through_ = 0;
+  std::vector<StagedCopy> staged_;
+  std::int64_t staged_bytes_ = 0;
+  std::uint64_t staged_since_tick_ = 0;
+  // Destination folders known to exist in this run.
+  std::unordered_set<std::string> ready_folders_;
+  // Per working folder (index - 1): whether the run changed it.
+  std::vector<bool> folder_written_;
+  // The file systems the run changed, each with a path on it.
+  std::map<std::uint64_t, std::string> written_file_systems_;
   std::uint64_t last_status_tick_ = 0;
   bool status_shown_ = false;
 };

@@ -54,8 +54,11 @@ void Synchronizer::CreateMissingFolders() {
       const std::string path = CombinePath(WPath(j), rel);
       TheLog().PrintL("Creating folder ", path);
       if (Run().simulation_mode) continue;
-      WithErrorPolicy("Unable to create the following folder:\n\n" + path,
-                      [&] { return MakeDirectoryError(path); });
+      NoteWritten(j);
+      if (WithErrorPolicy("Unable to create the following folder:\n\n" + path,
+                          [&] { return MakeDirectoryError(path); })) {
+        ready_folders_.insert(path);
+      }
     }
   }
 }
@@ -82,6 +85,7 @@ void Synchronizer::StartProgress() {
 void Synchronizer::PerformActions() {
   SyncMsg = "Performing actions";
   StartProgress();
+  StartCopies();
   RemoveLeftovers();
   if (SyncFolders) CreateMissingFolders();
   const long count = WFileCount();
@@ -90,10 +94,13 @@ void Synchronizer::PerformActions() {
     progress_.current_file = WFile(i).RelativeName();
     SyncMsg = "Performing actions " + std::to_string(i) + "/" +
               std::to_string(count) + "\nFor file: " + progress_.current_file;
+    SubmitCopiesAhead(i);
+    RefreshCopyProgress(0);
     ManageUI();
     if (StopFlag) break;
     WFile(i).PerformAction(false);
   }
+  FinishCopies();
   progress_.performing = false;
   progress_.current_file.clear();
   SyncMsg =

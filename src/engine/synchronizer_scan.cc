@@ -140,7 +140,17 @@ bool Synchronizer::ComputeDefaultActions() {
       ManageUI();
       if (StopFlag) return false;
     }
-    WFile(i).ComputeDefAction();
+    SyncFile& file = WFile(i);
+    file.ComputeDefAction();
+    if (file.EmptyCopyHeld()) {
+      const int s = file.GetNewestFileIndex(true);
+      const int j = file.DataCopyAtRisk();
+      TheLog().PrintL("Needs confirmation: ", file.FullPath(s),
+                      " is empty while ", file.FullPath(j),
+                      " of the same date holds ", file.Copy(j).size,
+                      " bytes; an empty copy never replaces one with data "
+                      "by itself");
+    }
   }
   return !StopFlag;
 }

@@ -369,17 +369,29 @@ std::int64_t ChunkCopier::PlainChunk(std::int64_t limit) {
   return copied;
 }
 
+// Hands the bytes just written to the disk without waiting for them, so
+// that the flush that makes a copy durable has little left to wait for and
+// a large copy never holds much unwritten data in memory.
+void StartWriteback(int out, std::int64_t offset, std::int64_t length) {
+  // Only a hint: where the file system cannot, the flush does it all.
+  (void)sync_file_range(out, offset, length, SYNC_FILE_RANGE_WRITE);
+}
+
 // Copies everything from in to out, calling progress after every chunk; 0,
 // ECANCELED when progress said stop, or the error number.
-int CopyBytes(int in, int out, std::int64_t total,
-              const CopyProgress& progress) {
+int CopyBytes(int in, int out, std::int64_t total, const CopyProgress& progress,
+              Durability durability) {
   ChunkCopier copier(in, out, total);
   std::int64_t chunk_size = kFirstChunk;
   for (;;) {
     const auto start = std::chrono::steady_clock::now();
+    const std::int64_t before = copier.done();
     const std::int64_t n = copier.Next(chunk_size);
     if (n < 0) return static_cast<int>(-n);
     if (n == 0) return 0;
+    if (durability == Durability::kStartWriteback) {
+      StartWriteback(out, before, n);
+    }
     AdjustChunkSize(n, std::chrono::steady_clock::now() - start, &chunk_size);
     if (progress && !progress(copier.done(), total)) return ECANCELED;
   }
@@ -409,52 +421,125 @@ int TakeAttributes(int out, const struct stat& source_info) {
   return futimens(out, times) == 0 ? 0 : errno;
 }
 
-// Writes the open source into a new temporary file beside dest and renames
-// it over dest; 0 or the error number.
-int CopyOpenFile(int in, const struct stat& source_info,
-                 const std::string& dest, const CopyProgress& progress,
-                 const ReplaceCheck& may_replace) {
-  std::string temp = CombinePath(FolderOf(dest), kPartialCopyPrefix);
-  temp += "XXXXXX";
-  const int out = mkostemp(&temp[0], O_CLOEXEC);
-  if (out < 0) return errno;
-  int error_number = CopyBytes(in, out, source_info.st_size, progress);
-  if (error_number == 0) error_number = TakeAttributes(out, source_info);
-  if (close(out) != 0 && error_number == 0) error_number = errno;
-  if (error_number == 0 && may_replace && !may_replace()) {
-    error_number = kDestinationChanged;
+// Writes the open source into a new temporary file beside dest, with the
+// source's attributes; 0 and *temp named, or the error number and nothing
+// left behind.
+int CopyToTemp(int in, const struct stat& source_info, const std::string& dest,
+               const CopyProgress& progress, Durability durability,
+               std::string* temp) {
+  *temp = CombinePath(FolderOf(dest), kPartialCopyPrefix);
+  *temp += "XXXXXX";
+  const int out = mkostemp(&(*temp)[0], O_CLOEXEC);
+  if (out < 0) {
+    const int error_number = errno;
+    temp->clear();
+    return error_number;
   }
-  if (error_number == 0 && rename(temp.c_str(), dest.c_str()) != 0) {
+  int error_number =
+      CopyBytes(in, out, source_info.st_size, progress, durability);
+  if (error_number == 0) error_number = TakeAttributes(out, source_info);
+  if (error_number == 0 && durability == Durability::kFlushData &&
+      fdatasync(out) != 0) {
     error_number = errno;
   }
-  if (error_number != 0) unlink(temp.c_str());
+  if (close(out) != 0 && error_number == 0) error_number = errno;
+  if (error_number != 0) {
+    unlink(temp->c_str());
+    temp->clear();
+  }
   return error_number;
+}
+
+// Opens the source as a regular file that is not dest itself: the open
+// descriptor (to close), or minus the error number.
+int OpenCopySource(const std::string& source, const std::string& dest,
+                   struct stat* source_info) {
+  if (HasNul(source) || HasNul(dest)) return -EINVAL;
+  const int in = open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (in < 0) return -errno;
+  struct stat dest_info;
+  int error_number = 0;
+  if (fstat(in, source_info) != 0) {
+    error_number = errno;
+  } else if (!S_ISREG(source_info->st_mode)) {
+    error_number = S_ISDIR(source_info->st_mode) ? EISDIR : EINVAL;
+  } else if (stat(dest.c_str(), &dest_info) == 0 &&
+             dest_info.st_dev == source_info->st_dev &&
+             dest_info.st_ino == source_info->st_ino) {
+    error_number = EINVAL;  // the same file: copying it would destroy it
+  }
+  if (error_number == 0) return in;
+  close(in);
+  return -error_number;
 }
 
 }  // namespace
 
+int StageCopy(const std::string& source, const std::string& dest,
+              std::string* temp, const CopyProgress& progress,
+              Durability durability) {
+  temp->clear();
+  struct stat source_info;
+  const int in = OpenCopySource(source, dest, &source_info);
+  if (in < 0) return -in;
+  const int error_number =
+      CopyToTemp(in, source_info, dest, progress, durability, temp);
+  close(in);
+  return error_number;
+}
+
+int PlaceStagedCopy(const std::string& temp, const std::string& dest) {
+  if (HasNul(temp) || HasNul(dest)) return EINVAL;
+  return rename(temp.c_str(), dest.c_str()) == 0 ? 0 : errno;
+}
+
+int FlushFolder(const std::string& folder) {
+  if (HasNul(folder)) return EINVAL;
+  const int fd = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return errno;
+  // A file system that keeps no folder to flush says EINVAL: nothing to do.
+  const int error_number = fsync(fd) == 0 || errno == EINVAL ? 0 : errno;
+  close(fd);
+  return error_number;
+}
+
+int FlushFileSystem(const std::string& path) {
+  if (HasNul(path)) return EINVAL;
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  if (fd < 0) return errno;
+  const int error_number = syncfs(fd) == 0 ? 0 : errno;
+  close(fd);
+  return error_number;
+}
+
+std::uint64_t FileSystemId(const std::string& path) {
+  struct stat info;
+  if (HasNul(path) || stat(path.c_str(), &info) != 0) return 0;
+  return static_cast<std::uint64_t>(info.st_dev) + 1;
+}
+
 int CopyFileReplacing(const std::string& source, const std::string& dest,
                       const CopyProgress& progress,
                       const ReplaceCheck& may_replace) {
-  if (HasNul(source) || HasNul(dest)) return EINVAL;
-  const int in = open(source.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
-  if (in < 0) return errno;
   struct stat source_info;
-  struct stat dest_info;
-  int error_number = 0;
-  if (fstat(in, &source_info) != 0) {
-    error_number = errno;
-  } else if (!S_ISREG(source_info.st_mode)) {
-    error_number = S_ISDIR(source_info.st_mode) ? EISDIR : EINVAL;
-  } else if (stat(dest.c_str(), &dest_info) == 0 &&
-             dest_info.st_dev == source_info.st_dev &&
-             dest_info.st_ino == source_info.st_ino) {
-    error_number = EINVAL;  // the same file: copying it would destroy it
-  } else {
-    error_number = CopyOpenFile(in, source_info, dest, progress, may_replace);
-  }
+  const int in = OpenCopySource(source, dest, &source_info);
+  if (in < 0) return -in;
+  std::string temp;
+  int error_number = CopyToTemp(in, source_info, dest, progress,
+                                Durability::kFlushData, &temp);
   close(in);
-  return error_number;
+  if (error_number != 0) return error_number;
+  if (may_replace && !may_replace()) {
+    error_number = kDestinationChanged;
+  } else {
+    error_number = PlaceStagedCopy(temp, dest);
+  }
+  if (error_number != 0) {
+    unlink(temp.c_str());
+    return error_number;
+  }
+  // The new name reaches the disk too, not only the bytes behind it.
+  return FlushFolder(FolderOf(dest));
 }
 
 int ClearReadOnly(const std::string& path) {

@@ -101,22 +101,63 @@ using ReplaceCheck = std::function<bool()>;
 // system error number).
 constexpr int kDestinationChanged = -1;
 
+// How a copy's bytes are sent to the disk as they are written.
+enum class Durability {
+  // Left to the system: they reach the disk some time later.
+  kLeftToSystem,
+  // Handed to the disk chunk by chunk without waiting; a FlushFileSystem
+  // afterwards waits for them.
+  kStartWriteback,
+  // On the disk before the copy is closed (fdatasync).
+  kFlushData,
+};
+
 // Copies the file's bytes, permission bits and modification time over the
 // destination (created or replaced). The bytes go to a temporary file in the
-// destination's folder that is renamed over the destination only when
-// complete, so a failed or interrupted copy leaves the old destination
-// whole; on failure the temporary file is removed. Copying a file onto
-// itself fails with EINVAL. The bytes move in chunks of at most 8 MiB, each
-// sized to take no more than about 50 ms, and progress (when given) is called
-// after every chunk, so that a caller on a UI thread regains control often;
-// total is the source's size when opened. When progress returns false the
-// copy stops at once, the destination stays as it was (or absent) and the
-// result is ECANCELED. When may_replace (if given) returns false once the
-// bytes are written, the temporary file is removed and the result is
-// kDestinationChanged. Returns 0, or the system error number.
+// destination's folder, reach the disk, and only then is the temporary file
+// renamed over the destination, whose folder is flushed after it: a failed
+// or interrupted copy, or a power cut at any moment, leaves the old
+// destination whole or the new one; on failure the temporary file is
+// removed. Copying a file onto itself fails with EINVAL. The bytes move in
+// chunks of at most 8 MiB, each sized to take no more than about 50 ms, and
+// progress (when given) is called after every chunk, so that a caller on a
+// UI thread regains control often; total is the source's size when opened.
+// When progress returns false the copy stops at once, the destination stays
+// as it was (or absent) and the result is ECANCELED. When may_replace (if
+// given) returns false once the bytes are written, the temporary file is
+// removed and the result is kDestinationChanged. Returns 0, or the system
+// error number.
 int CopyFileReplacing(const std::string& source, const std::string& dest,
                       const CopyProgress& progress = CopyProgress(),
                       const ReplaceCheck& may_replace = ReplaceCheck());
+
+// The first half of a copy, for callers that flush many copies at once:
+// writes the source's bytes, permission bits and modification time into a
+// new temporary file in dest's folder (named with kPartialCopyPrefix) and
+// leaves dest as it is. progress as for CopyFileReplacing. Returns 0 with
+// the temporary file's path in *temp, or the system error number with
+// nothing left behind (*temp empty). Safe to call from several threads.
+int StageCopy(const std::string& source, const std::string& dest,
+              std::string* temp, const CopyProgress& progress = CopyProgress(),
+              Durability durability = Durability::kStartWriteback);
+
+// The second half: renames the staged copy over dest. Its bytes must be on
+// the disk first (FlushFileSystem), and its folder flushed afterwards for
+// the new name to be. Returns 0, or the system error number (temp stays).
+int PlaceStagedCopy(const std::string& temp, const std::string& dest);
+
+// Writes what the file system holding path keeps in memory (data, names,
+// folders) to the disk and waits for it. Returns 0, or the system error
+// number (a write that failed since the last flush counts).
+int FlushFileSystem(const std::string& path);
+
+// Makes the folder's entries (created, renamed, deleted names) durable.
+// Returns 0, or the system error number.
+int FlushFolder(const std::string& folder);
+
+// A number that is the same for two paths on one file system and differs
+// for two on different ones; 0 when the path cannot be examined.
+std::uint64_t FileSystemId(const std::string& path);
 
 // Clears the read-only attribute (gives the owner write permission).
 // Returns 0, or the system error number.

@@ -12,6 +12,8 @@
 #include <system_error>
 #include <vector>
 
+#include "util/file_system.h"
+
 namespace pairwell {
 
 bool ReadTextFile(const std::string& path, std::string* content,
@@ -106,6 +108,14 @@ void ReplaceFileContent(const std::string& given_path,
     unlink(temp_name.data());
     Fail(error_number, "cannot write", path);
   }
+  // The rename itself reaches the disk only with its folder: until then a
+  // power cut could bring the old file back, or none.
+  const std::string::size_type slash = path.find_last_of('/');
+  const std::string folder = slash == std::string::npos ? std::string(".")
+                             : slash == 0 ? std::string("/")
+                                          : path.substr(0, slash);
+  error_number = FlushFolder(folder);
+  if (error_number != 0) Fail(error_number, "cannot flush the folder of", path);
 }
 
 std::vector<std::string> RemoveStaleReplacements(const std::string& path,

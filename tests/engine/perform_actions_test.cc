@@ -390,9 +390,10 @@ TEST_F(PerformActionsTest, StopRequestedBetweenFilesStartsNoFurtherFile) {
   ASSERT_EQ(set_.WFile(1).RelativeName(), "one.txt");
   UseNewest("one.txt", 1, kFlagCreate);
   UseNewest("two.txt", 1, kFlagCreate);
-  // The progress window's button, pressed while the first file is done.
+  // The progress window's button, pressed once the first file is done and
+  // before the second one's turn.
   ui_.on_events = [this] {
-    if (Exists(b_ + "/one.txt")) set_.StopFlag = true;
+    if (set_.CurrentAction() == 2) set_.StopFlag = true;
   };
 
   set_.PerformActions();
