@@ -389,7 +389,9 @@ int CopyBytes(int in, int out, std::int64_t total, const CopyProgress& progress,
     const std::int64_t n = copier.Next(chunk_size);
     if (n < 0) return static_cast<int>(-n);
     if (n == 0) return 0;
-    if (durability == Durability::kStartWriteback) {
+    // A small file is written out with the rest at the flush: a call for
+    // each would cost more than it saves.
+    if (durability == Durability::kStartWriteback && total >= kFirstChunk) {
       StartWriteback(out, before, n);
     }
     AdjustChunkSize(n, std::chrono::steady_clock::now() - start, &chunk_size);
@@ -409,7 +411,11 @@ int TakeAttributes(int out, const struct stat& source_info) {
   // Owner and mode as the source's, where the file system can hold them: a
   // FAT or CIFS mount, or a run without root, refuses some of them, and the
   // bytes matter more.
-  if (fchown(out, source_info.st_uid, source_info.st_gid) != 0 &&
+  static const uid_t kOwnUser = geteuid();
+  static const gid_t kOwnGroup = getegid();
+  const bool ours =
+      source_info.st_uid == kOwnUser && source_info.st_gid == kOwnGroup;
+  if (!ours && fchown(out, source_info.st_uid, source_info.st_gid) != 0 &&
       fchown(out, static_cast<uid_t>(-1), source_info.st_gid) != 0) {
     // Neither could be kept: the copy belongs to whoever runs the sync.
   }

@@ -5,7 +5,8 @@
 // their files, names spelled in another case per folder, names that a path
 // join must keep as they are, more folders than a file has records for,
 // simulations that create no folder, merge-to copies that are never deleted,
-// and replacing a file's content through a link.
+// replacing a file's content through a link, and empty copies dated like
+// full ones.
 #include <dirent.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -32,6 +33,7 @@
 #include "app/sync_driver.h"
 #include "config/ini_file.h"
 #include "config/ini_file_section.h"
+#include "engine/action_texts.h"
 #include "engine/log_file.h"
 #include "engine/run_state.h"
 #include "engine/sync_file.h"
@@ -981,6 +983,76 @@ TEST_F(RunSafetyTest, FolderPathWithANulByteIsNeverReadAsAnotherFolder) {
   EXPECT_TRUE(Contains(ui_.messages[0].text, "could not be accessed"))
       << ui_.messages[0].text;
   EXPECT_TRUE(Entries(b_).empty());
+}
+
+// --- An empty copy dated like one that holds data ---------------------------
+
+// What a power cut or a pulled drive leaves of a copy: the name and the
+// date, no bytes. Copied over the other folders it would destroy the data.
+TEST_F(RunSafetyTest, EmptyCopyDatedLikeAFullOneIsNotCopiedOverIt) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(a_ + "/torn.txt", "", kNewTime);
+  Put(b_ + "/torn.txt", "the person's edit", kNewTime);
+  Put(a_ + "/fine.txt", "new", kNewTime);
+  Put(b_ + "/fine.txt", "old", kOldTime);
+
+  EXPECT_TRUE(RunSets(program_, {&set_}));
+
+  EXPECT_EQ(Read(b_ + "/torn.txt"), "the person's edit");
+  EXPECT_EQ(Read(a_ + "/torn.txt"), "");
+  EXPECT_EQ(Read(b_ + "/fine.txt"), "new");
+  // The run asked first, and the file was left undecided.
+  EXPECT_EQ(ui_.confirm_calls, 1);
+  EXPECT_TRUE(Contains(LogText(), "Needs confirmation: " + a_ +
+                                      "/torn.txt is empty while " + b_ +
+                                      "/torn.txt of the same date holds 17 "
+                                      "bytes"))
+      << LogText();
+}
+
+TEST_F(RunSafetyTest, EmptyCopyIsHeldWhicheverFolderHoldsIt) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(a_ + "/torn.txt", "data in the first folder", kNewTime);
+  Put(b_ + "/torn.txt", "", kNewTime + 1);
+  BuildSilently(set_, ui_);
+  SyncFile& file = FileNamed(set_, "torn.txt");
+
+  // The empty copy is the newest by a second: within the tolerance, so it
+  // would win.
+  EXPECT_EQ(file.GetNewestFileIndex(true), 2);
+  EXPECT_EQ(file.DataCopyAtRisk(), 1);
+  EXPECT_EQ(file.Action, kUndecided);
+  EXPECT_TRUE(file.EmptyCopyHeld());
+  EXPECT_TRUE(NeedsConfirmation(file));
+  EXPECT_EQ(StatusText(file), "NN!!");
+}
+
+TEST_F(RunSafetyTest, FullCopyStillReplacesAnEmptyOneOfTheSameDate) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(a_ + "/f.txt", "data", kNewTime);
+  Put(b_ + "/f.txt", "", kNewTime);
+
+  EXPECT_TRUE(RunSets(program_, {&set_}));
+
+  EXPECT_EQ(Read(b_ + "/f.txt"), "data");
+  EXPECT_FALSE(Contains(LogText(), "Needs confirmation")) << LogText();
+}
+
+TEST_F(RunSafetyTest, EmptyCopyThatIsReallyNewerStillWins) {
+  UseFolders();
+  set_.LastSyncDate = LastSync();
+  Put(a_ + "/f.txt", "", kNewTime + 3600);
+  Put(b_ + "/f.txt", "emptied an hour later on purpose", kNewTime);
+  BuildSilently(set_, ui_);
+  const SyncFile& file = FileNamed(set_, "f.txt");
+
+  EXPECT_EQ(file.DataCopyAtRisk(), 0);
+  EXPECT_FALSE(file.EmptyCopyHeld());
+  EXPECT_EQ(file.Action, kUseNewest);
+  EXPECT_EQ(file.SourceIndex, 1);
 }
 
 }  // namespace
