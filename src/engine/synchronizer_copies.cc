@@ -260,6 +260,8 @@ void Synchronizer::FinishCopies() {
   PlaceStagedCopies();
   // The workers end here, each removing the temporary file it was writing.
   copies_.reset();
+  // What was written ahead and given up after a stop does not count.
+  progress_.bytes_done = turn_bytes_;
   // Names put in place, deleted and created reach the disk before the run
   // may say it completed.
   FlushWritten();

@@ -94,10 +94,10 @@ void Synchronizer::PerformActions() {
     progress_.current_file = WFile(i).RelativeName();
     SyncMsg = "Performing actions " + std::to_string(i) + "/" +
               std::to_string(count) + "\nFor file: " + progress_.current_file;
-    SubmitCopiesAhead(i);
     RefreshCopyProgress(0);
     ManageUI();
     if (StopFlag) break;
+    SubmitCopiesAhead(i);
     WFile(i).PerformAction(false);
   }
   FinishCopies();
