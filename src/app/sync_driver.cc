@@ -182,6 +182,7 @@ RunResult RunSyncSets(Program& program, const std::vector<Synchronizer*>& sets,
     }
     ui.ShowProgress(caption);
     PrepareLog(set, ui);
+    set.SetCopyThreads(options.copy_threads);
     const double date_before = set.LastSyncDate;
     const SetOutcome outcome = RunOneSet(set, state, ui, options.mass_deletion);
     result.outcomes[k - 1] = outcome;

@@ -41,6 +41,9 @@ struct RunOptions {
   // configuration file as it is on disk (see Program::SaveLastSyncDates).
   bool save_last_sync_dates = true;
   MassDeletion mass_deletion = MassDeletion::kAsk;
+  // The threads that write each set's copies (Synchronizer::SetCopyThreads);
+  // 0 for the default.
+  int copy_threads = 0;
 };
 
 struct RunResult {

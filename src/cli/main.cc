@@ -65,6 +65,23 @@ bool ResolveSets(Program& program, const CliOptions& options,
   return true;
 }
 
+// PAIRWELL_COPY_THREADS, when set, chooses how many threads write copies
+// (for measuring; the default suits most disks). False, after saying why,
+// when it is no count from 1 to 64.
+bool CopyThreadsFromEnvironment(int* threads) {
+  const char* given = std::getenv("PAIRWELL_COPY_THREADS");
+  if (given == nullptr || *given == '\0') return true;
+  char* end = nullptr;
+  const long count = std::strtol(given, &end, 10);
+  if (*end != '\0' || count < 1 || count > 64) {
+    UsageError("PAIRWELL_COPY_THREADS must be a number from 1 to 64, not '" +
+               std::string(given) + "'");
+    return false;
+  }
+  *threads = static_cast<int>(count);
+  return true;
+}
+
 int RunSync(Program& program, const CliOptions& options) {
   std::vector<Synchronizer*> sets;
   if (!ResolveSets(program, options, &sets)) return kExitUsage;
@@ -72,6 +89,7 @@ int RunSync(Program& program, const CliOptions& options) {
   RunOptions run;
   run.mass_deletion =
       options.allow_mass_delete ? MassDeletion::kAllow : MassDeletion::kRefuse;
+  if (!CopyThreadsFromEnvironment(&run.copy_threads)) return kExitUsage;
   const RunResult result = RunSyncSets(program, sets, run);
   if (!result.dates_saved) return kExitFailed;
   if (result.Any(SetOutcome::kConfirmationRefused)) return kExitConfirm;

@@ -365,7 +365,8 @@ class Synchronizer {
   // one was given up.
   bool FlushStagedCopies(const std::vector<StagedCopy>& batch);
   // Cancels the copies written ahead, and puts the batch in place: before a
-  // question about an error, so that the disk holds no more than needed.
+  // question about an error, so that the disk holds no more than needed and
+  // an abort keeps every copy whose turn came.
   void SettleCopies();
   // Ends the copies: those ahead cancelled, the batch put in place, and
   // every file system the run changed flushed.

@@ -121,12 +121,7 @@ int Synchronizer::AwaitCopy(const SyncFile& file, int s, int d,
   }
   CopyPipeline::Result result = copies_->Take(ticket);
   progress_.current_bytes_done = progress_.current_bytes_total;
-  if (result.error != 0) {
-    // The question waits for the person: nothing more is written meanwhile,
-    // and the room the copies ahead took is given back.
-    SettleCopies();
-    return result.error;
-  }
+  if (result.error != 0) return result.error;
   NoteWritten(d);
   *temp = std::move(result.temp);
   return 0;
@@ -212,10 +207,10 @@ void Synchronizer::PlaceStagedCopies() {
   for (StagedCopy& copy : batch) {
     SyncFile& file = *copy.file;
     const std::string dest = file.FullPath(copy.dest);
-    if (!flushed || Aborted()) {
+    if (!flushed) {
       DeleteFile(copy.temp);
       TheLog().PrintL("Copy stopped: ", dest, " stays as it was");
-      if (!Aborted()) NoteSkipped();
+      NoteSkipped();
       continue;
     }
     // Checked again just before the rename: an edit made while the bytes

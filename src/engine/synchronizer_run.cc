@@ -35,6 +35,9 @@ int Synchronizer::ErrorPolicy(const std::string& message, int error_number) {
       return kIdIgnore;
     }
   }
+  // The question may wait long for the person: nothing more is written
+  // meanwhile, and what the copies ahead took is given back.
+  SettleCopies();
   return ShowErrToUser(
       message + "\n\nThe error was: " + ErrorText(error_number) + code +
           "\n\nWould you like to abort, try again (retry), or skip the action "

@@ -279,6 +279,36 @@ TEST_P(FailingFolderTest, RetryAfterTheCauseIsGoneFinishesEveryCopy) {
   EXPECT_TRUE(PartialFilesOfB().empty());
 }
 
+// The deletion, last in the list, fails and is answered abort: every copy
+// before it stays, though the last of them were still waiting to be put in
+// place when the question came.
+TEST_P(FailingFolderTest, AbortOnADeletionKeepsEveryCopyBeforeIt) {
+  MakeRun();
+  guard_.emplace(b_ + "/d1");
+  if (!guard_->active()) GTEST_SKIP() << "chattr +i refused";
+  // d1's own copies fail too; they are ignored, the deletion aborts.
+  ui_.answers.assign(kPerFolder, kIdIgnore);
+  ui_.answers.push_back(kIdAbort);
+
+  set_.PerformActions();
+
+  ASSERT_EQ(ui_.messages.size(), std::size_t{kPerFolder + 1});
+  EXPECT_EQ(ui_.messages.back().text.rfind(
+                "Unable to delete the following file:\n\n" + b_ +
+                    "/d1/gone.txt",
+                0),
+            0u);
+  EXPECT_TRUE(set_.Aborted());
+  for (int k = 0; k < kFiles; ++k) {
+    if (k / kPerFolder != 1) {
+      EXPECT_TRUE(Copied(k)) << FileName(k);
+    }
+  }
+  guard_.reset();
+  EXPECT_TRUE(Exists(b_ + "/d1/gone.txt"));
+  EXPECT_TRUE(PartialFilesOfB().empty());
+}
+
 TEST_P(FailingFolderTest, QuietModeLogsTheFirstFailureAndAborts) {
   MakeRun();
   LockFolder();
