@@ -25,11 +25,13 @@ CopyPipeline::~CopyPipeline() {
 }
 
 long CopyPipeline::Submit(const std::string& source, const std::string& dest,
-                          std::int64_t bytes) {
+                          std::int64_t bytes,
+                          std::function<bool()> dest_unchanged) {
   auto job = std::make_shared<Job>();
   job->source = source;
   job->dest = dest;
   job->bytes = bytes;
+  job->dest_unchanged = std::move(dest_unchanged);
   long ticket = 0;
   {
     std::lock_guard<std::mutex> lock(mutex_);
@@ -122,7 +124,6 @@ void CopyPipeline::Work() {
       if (queue_.empty()) return;  // stopping, and nothing left
       job = std::move(queue_.front());
       queue_.pop_front();
-      job->running = true;
     }
     RunJob(job);
   }
@@ -132,6 +133,8 @@ void CopyPipeline::RunJob(const std::shared_ptr<Job>& job) {
   Result result;
   if (job->cancelled) {
     result.error = ECANCELED;
+  } else if (job->dest_unchanged && !job->dest_unchanged()) {
+    result.error = kDestinationChanged;
   } else {
     const CopyProgress progress = [&](std::int64_t done, std::int64_t) {
       {
@@ -153,7 +156,6 @@ void CopyPipeline::RunJob(const std::shared_ptr<Job>& job) {
     }
     job->result = std::move(result);
     job->ended = true;
-    job->running = false;
   }
   job_changed_.notify_all();
 }

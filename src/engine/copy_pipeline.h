@@ -12,6 +12,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -37,9 +38,13 @@ class CopyPipeline {
   CopyPipeline& operator=(const CopyPipeline&) = delete;
 
   // Queues a copy of source to beside dest; `bytes` is what it is expected
-  // to write (for the bounds and the progress). Returns its ticket (>0).
+  // to write (for the bounds and the progress). When dest_unchanged (if
+  // given) says no just before the copy starts, the result is
+  // kDestinationChanged and nothing is written; it runs on a worker, so it
+  // may touch only what it holds. Returns the copy's ticket (>0).
   long Submit(const std::string& source, const std::string& dest,
-              std::int64_t bytes);
+              std::int64_t bytes,
+              std::function<bool()> dest_unchanged = std::function<bool()>());
 
   // Waits at most `timeout` for the copy to end or to write its next chunk
   // (at most a few MiB); true once it has ended.
@@ -68,9 +73,9 @@ class CopyPipeline {
     std::string source;
     std::string dest;
     std::int64_t bytes = 0;
+    std::function<bool()> dest_unchanged;
     std::atomic<std::int64_t> written{0};
     std::atomic<bool> cancelled{false};
-    bool running = false;
     bool ended = false;
     Result result;
   };

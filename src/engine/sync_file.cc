@@ -411,13 +411,18 @@ bool SyncFile::MakeDestinationFolder(int d) {
 }
 
 bool SyncFile::SameAsScanned(int j) const {
+  return OnDiskAsRecorded(FullPath(j), Copy(j));
+}
+
+bool SyncFile::OnDiskAsRecorded(const std::string& path,
+                                const CopyRecord& seen) {
   FolderEntry now;
   const bool exists =
-      GetItemInfo(FullPath(j), &now) && (now.attributes & kAttrDirectory) == 0;
-  if (!exists) return !CopyExists(j);
-  const CopyRecord& seen = Copy(j);
+      GetItemInfo(path, &now) && (now.attributes & kAttrDirectory) == 0;
+  const bool existed = seen.modify_date != 0;
+  if (!exists) return !existed;
   // Another file renamed into its place may have the same size and date.
-  return CopyExists(j) && now.size == seen.size &&
+  return existed && now.size == seen.size &&
          DatesEqual(now.modify_date, seen.modify_date) &&
          (seen.inode == 0 || now.inode == seen.inode);
 }
@@ -449,19 +454,34 @@ void SyncFile::WriteCopy(int s, int d) {
     owner_->CancelCopyAhead(d);
     return;
   }
-  if (!UnchangedSinceScan(d) || !MakeDestinationFolder(d)) {
+  if (!MakeDestinationFolder(d)) {
     owner_->CancelCopyAhead(d);
     return;
   }
   const bool read_only =
       CopyExists(d) && (Copy(d).attributes & (kAttrReadOnly | kAttrSystem));
   std::string temp;
+  // The copy checks the destination against the scan just before it starts
+  // (on its worker), and the set again just before the rename.
+  bool changed = false;
   const bool copied = owner_->WithErrorPolicy(
       "Unable to perform the copy operation:\n\n" + source + " -> " + dest,
       [&] {
-        if (read_only) ClearReadOnly(dest);
-        return owner_->AwaitCopy(*this, s, d, &temp);
+        // A read-only copy is made writable first, once it is known to be
+        // the one the scan saw.
+        if (read_only) {
+          changed = !SameAsScanned(d);
+          if (changed) return 0;
+          ClearReadOnly(dest);
+        }
+        const int result = owner_->AwaitCopy(*this, s, d, &temp);
+        changed = result == kDestinationChanged;
+        return changed ? 0 : result;
       });
+  if (changed) {
+    SkipChanged(d);
+    return;
+  }
   if (!copied) {
     if (owner_->StopFlag && !owner_->Aborted()) {
       owner_->TheLog().PrintL("Copy stopped: ", dest, " stays as it was");

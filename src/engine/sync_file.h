@@ -202,6 +202,9 @@ class SyncFile {
   // Whether copy j is on disk as the scan saw it: size, modification date and
   // file (inode), or still absent.
   bool SameAsScanned(int j) const;
+  // The same for any path and record; touches nothing else, so a copy's
+  // worker thread may call it.
+  static bool OnDiskAsRecorded(const std::string& path, const CopyRecord& seen);
   // Logs copy j as skipped because it changed since the scan.
   void SkipChanged(int j);
   // Makes sure the folder that holds copy d exists; false when the copy is

@@ -352,6 +352,9 @@ class Synchronizer {
   // 0 and the staged copy in *temp, or the error number (ECANCELED after a
   // stop).
   int AwaitCopy(const SyncFile& file, int s, int d, std::string* temp);
+  // Queues the copy of file's copy s over folder d, to be checked against
+  // the scan just before it starts.
+  long SubmitCopy(const SyncFile& file, int s, int d);
   // Forgets the copy written ahead for folder d of the file at hand.
   void CancelCopyAhead(int d);
   // Keeps the staged copy for the batch (or puts it in place at once,

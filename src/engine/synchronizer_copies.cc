@@ -83,10 +83,17 @@ void Synchronizer::SubmitCopiesAhead(long current) {
       const std::string dest = file.FullPath(d);
       if (!FolderReadyAhead(FolderOfFile(dest))) continue;
       NoteWritten(d);
-      tickets_[{k, d}] =
-          copies_->Submit(file.FullPath(s), dest, file.CopySize(s));
+      tickets_[{k, d}] = SubmitCopy(file, s, d);
     }
   }
+}
+
+long Synchronizer::SubmitCopy(const SyncFile& file, int s, int d) {
+  std::string dest = file.FullPath(d);
+  return copies_->Submit(file.FullPath(s), dest, file.CopySize(s),
+                         [dest, seen = file.Copy(d)] {
+                           return SyncFile::OnDiskAsRecorded(dest, seen);
+                         });
 }
 
 void Synchronizer::CancelCopyAhead(int d) {
@@ -106,8 +113,7 @@ int Synchronizer::AwaitCopy(const SyncFile& file, int s, int d,
     ticket = it->second;
     tickets_.erase(it);
   } else {
-    ticket = copies_->Submit(file.FullPath(s), file.FullPath(d),
-                             file.CopySize(s));
+    ticket = SubmitCopy(file, s, d);
   }
   progress_.current_bytes_total = file.CopySize(s);
   progress_.current_bytes_done = 0;
