@@ -450,6 +450,7 @@ class Synchronizer {
   SyncProgress progress_;
   // Bytes of the copies whose turn has ended.
   std::int64_t turn_bytes_ = 0;
+  std::uint64_t progress_tick_ = 0;
   int copy_threads_ = 0;
   bool performing_ = false;
   std::unique_ptr<CopyPipeline> copies_;

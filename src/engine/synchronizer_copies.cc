@@ -135,6 +135,11 @@ int Synchronizer::AwaitCopy(const SyncFile& file, int s, int d,
 
 void Synchronizer::RefreshCopyProgress(long ticket) {
   if (!copies_) return;
+  // Read by the front ends at most every 50 ms: counting more often is
+  // wasted on thousands of small files.
+  const std::uint64_t now = TickCount();
+  if (ticket == 0 && now - progress_tick_ < 50) return;
+  progress_tick_ = now;
   if (ticket != 0) progress_.current_bytes_done = copies_->BytesWritten(ticket);
   const std::int64_t done = turn_bytes_ + copies_->BytesPending();
   progress_.bytes_done = std::max(progress_.bytes_done,
