@@ -6,11 +6,13 @@ set -euo pipefail
 # platform); screenshots render under a virtual X server with real fonts.
 # The fuzz targets are built with clang and link its libFuzzer runtime.
 # dist/validate.sh checks the desktop entry, the metainfo and the man pages;
-# the install test compresses the man pages. With --package, also what
+# the install test compresses the man pages; the power-cut tests make ext4
+# images and mount them through loop devices. With --package, also what
 # `make package` uses: dpkg-shlibdeps for the dependencies, lintian.
 packages=(g++ make cmake libgtest-dev libgmock-dev qt6-base-dev xvfb xauth
           fonts-dejavu-core clang libclang-rt-14-dev
-          desktop-file-utils appstream man-db groff-base gzip)
+          desktop-file-utils appstream man-db groff-base gzip
+          e2fsprogs mount)
 if [ "${1:-}" = "--package" ]; then
   packages+=(dpkg-dev file lintian)
 fi
