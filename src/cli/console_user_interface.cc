@@ -6,6 +6,7 @@
 #include "engine/sync_file.h"
 #include "engine/sync_progress.h"
 #include "engine/synchronizer.h"
+#include "util/system.h"
 #include "util/terminal.h"
 
 namespace pairwell {
@@ -95,10 +96,14 @@ void ConsoleUserInterface::Settle() {
   if (!options_.show_progress) return;
   const SyncProgress* performing = Performing();
   if (performing != nullptr) {
+    if (actions_ == nullptr) rate_.Reset();
     actions_ = performing;
+    rate_.Add(actions_->bytes_done, TickCount());
   } else if (actions_ != nullptr) {
     if (actions_->files_total > 0) {
-      line_.Finish(ProgressText(*actions_, line_.Columns()));
+      // The speed stays on the last line; nothing is left to wait for.
+      line_.Finish(ProgressText(*actions_, rate_.BytesPerSecond(), -1,
+                                line_.Columns()));
     } else {
       line_.Erase();
     }
@@ -112,7 +117,10 @@ void ConsoleUserInterface::Refresh() {
   Settle();
   if (!options_.show_progress || log_mid_line_ || !line_.Due()) return;
   if (actions_ != nullptr) {
-    line_.Show(ProgressText(*actions_, line_.Columns()));
+    line_.Show(ProgressText(
+        *actions_, rate_.BytesPerSecond(),
+        rate_.SecondsLeft(actions_->bytes_total - actions_->bytes_done),
+        line_.Columns()));
   } else if (!status_.empty() && (run_ == nullptr || !run_->busy)) {
     line_.Show(status_);
   }

@@ -10,6 +10,7 @@
 
 #include "app/front_end.h"
 #include "cli/status_line.h"
+#include "engine/transfer_rate.h"
 
 namespace pairwell {
 
@@ -86,6 +87,8 @@ class ConsoleUserInterface final : public FrontEnd, LogEchoTarget {
   std::string status_;
   // The actions the line follows, until it is finished.
   const SyncProgress* actions_ = nullptr;
+  // The speed of the set's copying, from what the progress showed.
+  TransferRate rate_;
   // Log lines land where the line is drawn: it makes way for each.
   bool log_shares_line_ = false;
   // The log has written part of a line there: nothing may be drawn.

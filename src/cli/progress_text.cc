@@ -1,9 +1,8 @@
 #include "cli/progress_text.h"
 
-#include <cstdio>
-
 #include "cli/line_text.h"
 #include "engine/sync_progress.h"
+#include "engine/transfer_rate.h"
 
 namespace pairwell {
 
@@ -28,25 +27,15 @@ int ProgressPercent(const SyncProgress& progress) {
 
 }  // namespace
 
-std::string ByteCountText(std::int64_t bytes) {
-  if (bytes < 1024) return std::to_string(bytes) + " B";
-  static const char* const kUnits[] = {"KiB", "MiB", "GiB", "TiB"};
-  double value = static_cast<double>(bytes) / 1024;
-  std::size_t unit = 0;
-  for (; value >= 1024 && unit + 1 < sizeof kUnits / sizeof kUnits[0]; ++unit) {
-    value /= 1024;
-  }
-  char text[32];
-  std::snprintf(text, sizeof text, "%.1f %s", value, kUnits[unit]);
-  return text;
-}
-
-std::string ProgressText(const SyncProgress& progress, std::size_t columns) {
+std::string ProgressText(const SyncProgress& progress, double speed,
+                         double seconds_left, std::size_t columns) {
   std::string text = std::to_string(progress.files_done) + "/" +
                      std::to_string(progress.files_total) + " files, " +
                      ByteCountText(progress.bytes_done) + "/" +
                      ByteCountText(progress.bytes_total) + " (" +
                      std::to_string(ProgressPercent(progress)) + "%)";
+  if (speed >= 0) text += ", " + SpeedText(speed);
+  if (seconds_left >= 0) text += ", " + TimeLeftText(seconds_left);
   const std::size_t used = CharCount(text) + sizeof kNameGap - 1;
   if (progress.current_file.empty() || used + kShortestName > columns) {
     return text;

@@ -6,6 +6,7 @@
 
 #include "cli/line_text.h"
 #include "engine/sync_progress.h"
+#include "engine/transfer_rate.h"
 
 namespace pairwell {
 namespace {
@@ -32,28 +33,38 @@ TEST(ProgressTextTest, ByteCountsInBinaryUnitsWithOneDecimal) {
 }
 
 TEST(ProgressTextTest, CountsPercentAndTheFileAtHand) {
-  EXPECT_EQ(ProgressText(Copying(2, 12 << 20, "sub/name.txt"), 79),
+  EXPECT_EQ(ProgressText(Copying(2, 12 << 20, "sub/name.txt"), -1, -1, 79),
             "2/5 files, 12.0 MiB/40.0 MiB (30%)  sub/name.txt");
+}
+
+TEST(ProgressTextTest, SpeedAndTimeLeftFollowTheCountsWhenKnown) {
+  const SyncProgress progress = Copying(2, 12 << 20, "sub/name.txt");
+  EXPECT_EQ(ProgressText(progress, 4.5 * (1 << 20), 7, 79),
+            "2/5 files, 12.0 MiB/40.0 MiB (30%), 4.5 MiB/s, 0:07 left  "
+            "sub/name.txt");
+  // The last line of a set: the speed, nothing left.
+  EXPECT_EQ(ProgressText(progress, 2048, -1, 79),
+            "2/5 files, 12.0 MiB/40.0 MiB (30%), 2.0 KiB/s  sub/name.txt");
 }
 
 TEST(ProgressTextTest, PercentReachesAHundredOnlyWhenAllIsDone) {
   SyncProgress progress = Copying(4, (40 << 20) - 1, "");
-  EXPECT_EQ(ProgressText(progress, 79), "4/5 files, 40.0 MiB/40.0 MiB (99%)");
+  EXPECT_EQ(ProgressText(progress, -1, -1, 79), "4/5 files, 40.0 MiB/40.0 MiB (99%)");
   progress.files_done = 5;
   progress.bytes_done = 40 << 20;
-  EXPECT_EQ(ProgressText(progress, 79), "5/5 files, 40.0 MiB/40.0 MiB (100%)");
+  EXPECT_EQ(ProgressText(progress, -1, -1, 79), "5/5 files, 40.0 MiB/40.0 MiB (100%)");
 }
 
 TEST(ProgressTextTest, WithoutBytesThePercentIsOfTheFiles) {
   SyncProgress progress;
   progress.files_total = 4;
   progress.files_done = 1;
-  EXPECT_EQ(ProgressText(progress, 79), "1/4 files, 0 B/0 B (25%)");
+  EXPECT_EQ(ProgressText(progress, -1, -1, 79), "1/4 files, 0 B/0 B (25%)");
 }
 
 TEST(ProgressTextTest, LongNameIsShortenedInTheMiddleToTheColumns) {
   const std::string name = "photos/" + std::string(100, 'p') + "/holiday.jpg";
-  const std::string text = ProgressText(Copying(0, 0, name), 60);
+  const std::string text = ProgressText(Copying(0, 0, name), -1, -1, 60);
   EXPECT_EQ(CharCount(text), 60u) << text;
   EXPECT_EQ(text.rfind("0/5 files, 0 B/40.0 MiB (0%)  photos/", 0), 0u) << text;
   EXPECT_NE(text.find("..."), std::string::npos) << text;
@@ -61,7 +72,7 @@ TEST(ProgressTextTest, LongNameIsShortenedInTheMiddleToTheColumns) {
 }
 
 TEST(ProgressTextTest, NameIsLeftOutWhenTooLittleRoomIsLeft) {
-  EXPECT_EQ(ProgressText(Copying(0, 0, "a-name.txt"), 30),
+  EXPECT_EQ(ProgressText(Copying(0, 0, "a-name.txt"), -1, -1, 30),
             "0/5 files, 0 B/40.0 MiB (0%)");
 }
 
