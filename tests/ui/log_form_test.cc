@@ -13,12 +13,14 @@
 #include <QTimer>
 #include <QWindow>
 #include <QtTest>
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
 
 #include "app/program.h"
 #include "engine/log_file.h"
+#include "engine/sync_file.h"
 #include "engine/synchronizer.h"
 #include "support/temp_dir.h"
 #include "ui/scripted_front_end.h"
@@ -84,6 +86,12 @@ struct Fixture {
   QProgressBar* Bar() const {
     return form->findChild<QProgressBar*>("ProgressBar");
   }
+  QProgressBar* FileBar() const {
+    return form->findChild<QProgressBar*>("FileProgressBar");
+  }
+  QString RateText() const {
+    return form->findChild<QLabel*>("RateTxt")->text();
+  }
   QTimer* Timer() const { return form->findChild<QTimer*>("Timer"); }
 
   // One timer tick, now.
@@ -115,6 +123,16 @@ void MakeRun(const TempDir& dir, Fixture& f,
   f.program.SetSimulationMode(true);
   f.FirstPhase();
   QVERIFY(f.set->BuildActionList());
+}
+
+// Every file of the run copied from a over b.
+void CopyEveryFile(Fixture& f) {
+  for (long i = 1; i <= f.set->WFileCount(); ++i) {
+    pairwell::SyncFile& file = f.set->WFile(i);
+    file.Action = pairwell::kUseNewest;
+    file.SourceIndex = 1;
+    file.ActionFlags = pairwell::kFlagCreate;
+  }
 }
 
 // The values with repeats in a row taken out.
@@ -169,6 +187,8 @@ class LogFormTest : public QObject {
   void ProgressBarIsIdleOutsideActions();
   void ProgressBarCountsFilesDone();
   void ProgressBarFollowsARealRun();
+  void ProgressBarCountsTheBytesToCopy();
+  void LargeFileShowsItsOwnProgress();
 };
 
 void LogFormTest::LoadsWithItsInitialTexts() {
@@ -692,6 +712,70 @@ void LogFormTest::ProgressBarFollowsARealRun() {
   f.ui.on_events = nullptr;
   QCOMPARE(Distinct(values), (std::vector<int>{0, 1, 2}));
   for (const QString& b : buttons) QCOMPARE(b, QString("Abort"));
+  f.set->FreeSyncData();
+}
+
+void LogFormTest::ProgressBarCountsTheBytesToCopy() {
+  pairwell::TempDir dir;
+  Fixture f;
+  // Four copies of 5 bytes each ("1.txt" holds its name).
+  MakeRun(dir, f, {"1.txt", "2.txt", "3.txt", "4.txt"});
+  CopyEveryFile(f);
+  std::vector<QString> texts;
+  std::vector<QString> rates;
+  f.ui.on_events = [&] {
+    f.Tick();
+    texts.push_back(f.Bar()->text());
+    rates.push_back(f.RateText());
+    QVERIFY(f.FileBar()->isHidden());
+  };
+  f.Busy();
+  f.set->PerformActions();
+  f.ui.on_events = nullptr;
+  QVERIFY(!texts.empty());
+  QCOMPARE(texts.front(), QString("0% - 0 B of 20 B"));
+  QVERIFY(std::find(texts.begin(), texts.end(), QString("50% - 10 B of 20 B")) !=
+          texts.end());
+  QCOMPARE(rates.front(), QString("0 of 4 copies"));
+  QVERIFY(std::find(rates.begin(), rates.end(), QString("2 of 4 copies")) !=
+          rates.end());
+  // The run ended: idle again, the rate gone.
+  f.RunEnded();
+  f.Tick();
+  QVERIFY(f.Bar()->value() < f.Bar()->minimum());
+  QVERIFY(f.RateText().isEmpty());
+  f.set->FreeSyncData();
+}
+
+void LogFormTest::LargeFileShowsItsOwnProgress() {
+  pairwell::TempDir dir;
+  Fixture f;
+  QVERIFY(QDir().mkpath(QString::fromStdString(dir.Join("a"))));
+  QVERIFY(QDir().mkpath(QString::fromStdString(dir.Join("b"))));
+  dir.WriteFile("a/big.bin", std::string(std::size_t{48} << 20, 'n'));
+  f.set->PathAdd(dir.Join("a"));
+  f.set->PathAdd(dir.Join("b"));
+  f.set->SetPathFlags(2, 4 | 1);
+  f.FirstPhase();
+  QVERIFY(f.set->BuildActionList());
+  CopyEveryFile(f);
+  std::vector<QString> file_texts;
+  f.ui.on_events = [&] {
+    f.Tick();
+    if (!f.FileBar()->isHidden()) file_texts.push_back(f.FileBar()->text());
+  };
+  f.Busy();
+  f.set->PerformActions();
+  f.ui.on_events = nullptr;
+  // Chunk by chunk while the copy goes on.
+  QVERIFY(!file_texts.empty());
+  for (const QString& text : file_texts) {
+    QVERIFY2(text.startsWith("big.bin: ") && text.endsWith(" of 48.0 MiB"),
+             qPrintable(text));
+  }
+  f.RunEnded();
+  f.Tick();
+  QVERIFY(f.FileBar()->isHidden());
   f.set->FreeSyncData();
 }
 

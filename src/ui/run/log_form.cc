@@ -16,12 +16,16 @@
 #include <QVBoxLayout>
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <string>
 
 #include "app/program.h"
 #include "engine/log_file.h"
 #include "engine/run_state.h"
+#include "engine/sync_progress.h"
 #include "engine/synchronizer.h"
+#include "engine/transfer_rate.h"
+#include "util/system.h"
 #include "util/user_interface.h"
 
 namespace pairwell {
@@ -29,6 +33,10 @@ namespace pairwell {
 namespace {
 
 constexpr int kTimerInterval = 50;
+// A byte bar's range: a QProgressBar counts in int, files reach far more.
+constexpr int kBarSteps = 1000;
+// A file whose copy takes long enough to be worth a bar of its own.
+constexpr std::int64_t kLargeFile = std::int64_t{16} << 20;
 constexpr int kMargin = 8;
 constexpr int kSpacing = 6;
 
@@ -102,6 +110,21 @@ LogForm::LogForm(Program& program, QWidget* parent)
   progress_bar_->setRange(0, 1);
   progress_bar_->reset();
 
+  rate_txt_ = new QLabel(this);
+  rate_txt_->setObjectName("RateTxt");
+  rate_txt_->setTextFormat(Qt::PlainText);
+  rate_txt_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+
+  file_progress_bar_ = new QProgressBar(this);
+  file_progress_bar_->setObjectName("FileProgressBar");
+  file_progress_bar_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
+  file_progress_bar_->setRange(0, kBarSteps);
+  // Its row stays when it is hidden, so that the log box never moves.
+  QSizePolicy keep_room = file_progress_bar_->sizePolicy();
+  keep_room.setRetainSizeWhenHidden(true);
+  file_progress_bar_->setSizePolicy(keep_room);
+  file_progress_bar_->hide();
+
   log_text_ = new QPlainTextEdit(this);
   log_text_->setObjectName("LogText");
   log_text_->setReadOnly(true);
@@ -123,6 +146,8 @@ LogForm::LogForm(Program& program, QWidget* parent)
   top_row_->addWidget(status_txt_, 1);
   layout_->addLayout(top_row_);
   layout_->addWidget(progress_bar_);
+  layout_->addWidget(rate_txt_);
+  layout_->addWidget(file_progress_bar_);
   layout_->addStretch(1);
   resize(720, 440);
 
@@ -203,23 +228,94 @@ void LogForm::OnTimer() {
 void LogForm::RefreshProgress() {
   const RunState& run = program_.Run();
   const Synchronizer* set = run.current_set;
-  const long count = run.busy && set != nullptr
-                         ? std::min<long>(set->WFileCount(), INT_MAX)
-                         : 0;
-  if (count <= 0) {
-    // Idle: empty and without text (a zero range would animate instead).
-    if (progress_bar_->maximum() != 1) progress_bar_->setRange(0, 1);
-    if (progress_bar_->value() != progress_bar_->minimum() - 1) {
-      progress_bar_->reset();
-    }
+  if (!run.busy || set == nullptr || set->WFileCount() <= 0) {
+    ShowIdle();
     return;
   }
+  const SyncProgress& progress = set->Progress();
+  if (!progress.performing || !ShowBytes(progress)) ShowFiles(*set);
+  ShowRate(progress);
+  ShowFileProgress(progress);
+}
+
+void LogForm::ShowIdle() {
+  // Empty and without text (a zero range would animate instead).
+  if (progress_bar_->maximum() != 1) progress_bar_->setRange(0, 1);
+  if (progress_bar_->value() != progress_bar_->minimum() - 1) {
+    progress_bar_->reset();
+  }
+  rate_.Reset();
+  rate_txt_->clear();
+  file_progress_bar_->hide();
+}
+
+namespace {
+
+int Steps(std::int64_t done, std::int64_t total) {
+  if (total <= 0) return 0;
+  return static_cast<int>(std::clamp<std::int64_t>(done, 0, total) *
+                          kBarSteps / total);
+}
+
+QString Bytes(std::int64_t bytes) {
+  return QString::fromStdString(ByteCountText(bytes));
+}
+
+}  // namespace
+
+bool LogForm::ShowBytes(const SyncProgress& progress) {
+  if (progress.bytes_total <= 0) return false;
+  if (progress_bar_->maximum() != kBarSteps) {
+    progress_bar_->setRange(0, kBarSteps);
+  }
+  progress_bar_->setValue(Steps(progress.bytes_done, progress.bytes_total));
+  // The percentage is the bar's own (%p); the counts are written out.
+  progress_bar_->setFormat("%p% - " + Bytes(progress.bytes_done) + " of " +
+                           Bytes(progress.bytes_total));
+  return true;
+}
+
+void LogForm::ShowFiles(const Synchronizer& set) {
+  const long count = std::min<long>(set.WFileCount(), INT_MAX);
   // CurrentAction is the file being worked on now: those before it are done.
-  const long done = std::clamp<long>(set->CurrentAction() - 1, 0, count);
+  const long done = std::clamp<long>(set.CurrentAction() - 1, 0, count);
   if (progress_bar_->maximum() != count) {
     progress_bar_->setRange(0, static_cast<int>(count));
   }
+  progress_bar_->setFormat("%v of %m files");
   progress_bar_->setValue(static_cast<int>(done));
+}
+
+void LogForm::ShowRate(const SyncProgress& progress) {
+  if (!progress.performing || progress.files_total <= 0) {
+    rate_txt_->clear();
+    return;
+  }
+  rate_.Add(progress.bytes_done, TickCount());
+  QString text = QString::number(progress.files_done) + " of " +
+                 QString::number(progress.files_total) + " copies";
+  const std::string speed = SpeedText(rate_.BytesPerSecond());
+  const std::string left = TimeLeftText(
+      rate_.SecondsLeft(progress.bytes_total - progress.bytes_done));
+  if (!speed.empty()) text += ", " + QString::fromStdString(speed);
+  if (!left.empty()) text += ", " + QString::fromStdString(left);
+  rate_txt_->setText(text);
+}
+
+void LogForm::ShowFileProgress(const SyncProgress& progress) {
+  if (!progress.performing || progress.current_bytes_total < kLargeFile) {
+    file_progress_bar_->hide();
+    return;
+  }
+  file_progress_bar_->setValue(
+      Steps(progress.current_bytes_done, progress.current_bytes_total));
+  // A "%" of the name is the name's, not a placeholder of the bar's.
+  QString name = QString::fromStdString(progress.current_file);
+  name.replace("%", "%%");
+  file_progress_bar_->setFormat(name + ": " +
+      Bytes(progress.current_bytes_done) + " of " +
+      Bytes(progress.current_bytes_total));
+  file_progress_bar_->show();
 }
 
 void LogForm::OnCloseClicked() {
@@ -277,7 +373,9 @@ void LogForm::PlaceLogText() {
   // for them squeezes the rows but does not move the box.
   const int top = layout_->contentsMargins().top() +
                   top_row_->sizeHint().height() + kSpacing +
-                  progress_bar_->sizeHint().height() + kSpacing;
+                  progress_bar_->sizeHint().height() + kSpacing +
+                  rate_txt_->sizeHint().height() + kSpacing +
+                  file_progress_bar_->sizeHint().height() + kSpacing;
   QSize size = log_text_->size();
   const int width = area.right() + 1 - left;
   const int height = area.bottom() + 1 - top;

@@ -12,6 +12,8 @@
 #include <QWidget>
 #include <memory>
 
+#include "engine/transfer_rate.h"
+
 class QCloseEvent;
 class QEvent;
 class QHBoxLayout;
@@ -26,6 +28,7 @@ class QVBoxLayout;
 namespace pairwell {
 
 class LogEchoTarget;
+struct SyncProgress;
 class Program;
 class Synchronizer;
 
@@ -68,6 +71,13 @@ class LogForm final : public QWidget {
   void CloseQuietly();
   void DetachEcho();
   void RefreshProgress();
+  // The bar over the bytes to copy; false when there are none.
+  bool ShowBytes(const SyncProgress& progress);
+  // The bar over the files of the list, as far as the actions have come.
+  void ShowFiles(const Synchronizer& set);
+  void ShowIdle();
+  void ShowRate(const SyncProgress& progress);
+  void ShowFileProgress(const SyncProgress& progress);
   // Stretches the log box to the right and bottom edges; a dimension that
   // would not be positive keeps its last value.
   void PlaceLogText();
@@ -79,7 +89,12 @@ class LogForm final : public QWidget {
   QPushButton* close_btn_ = nullptr;
   QLabel* status_txt_ = nullptr;
   QProgressBar* progress_bar_ = nullptr;
+  // Copies done of those to do, the speed and the time left.
+  QLabel* rate_txt_ = nullptr;
+  // The file at hand's own copy, while it is a large one.
+  QProgressBar* file_progress_bar_ = nullptr;
   QPlainTextEdit* log_text_ = nullptr;
+  TransferRate rate_;
   std::unique_ptr<LogTextEcho> echo_;
 
   // Set by the button once the person stopped the run (its caption becomes
