@@ -101,7 +101,10 @@ std::int64_t CopyPipeline::BytesWritten(long ticket) const {
 std::int64_t CopyPipeline::BytesPending() const {
   std::lock_guard<std::mutex> lock(mutex_);
   std::int64_t bytes = 0;
-  for (const auto& entry : jobs_) bytes += entry.second->written.load();
+  // A source grown since the scan counts no further than its share.
+  for (const auto& entry : jobs_) {
+    bytes += std::min(entry.second->written.load(), entry.second->bytes);
+  }
   return bytes;
 }
 

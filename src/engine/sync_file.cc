@@ -358,11 +358,10 @@ long SyncFile::PerformAction(bool count_only) {
 }
 
 void SyncFile::CountCopies(SyncProgress* progress) const {
-  for (int j : CopyDestinations()) {
-    (void)j;
-    ++progress->files_total;
-    progress->bytes_total += CopySize(SourceIndex);
-  }
+  const long copies = static_cast<long>(CopyDestinations().size());
+  if (copies == 0) return;
+  progress->files_total += copies;
+  progress->bytes_total += copies * CopySize(SourceIndex);
 }
 
 std::vector<int> SyncFile::CopyDestinations() const {
@@ -450,10 +449,7 @@ void SyncFile::WriteCopy(int s, int d) {
   const std::string source = FullPath(s);
   const std::string dest = FullPath(d);
   owner_->TheLog().PrintL("Copy ", dest, " from ", source);
-  if (owner_->Run().simulation_mode) {
-    owner_->CancelCopyAhead(d);
-    return;
-  }
+  if (owner_->Run().simulation_mode) return;
   if (!MakeDestinationFolder(d)) {
     owner_->CancelCopyAhead(d);
     return;

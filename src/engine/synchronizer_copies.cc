@@ -140,7 +140,10 @@ void Synchronizer::RefreshCopyProgress(long ticket) {
   const std::uint64_t now = TickCount();
   if (ticket == 0 && now - progress_tick_ < 50) return;
   progress_tick_ = now;
-  if (ticket != 0) progress_.current_bytes_done = copies_->BytesWritten(ticket);
+  if (ticket != 0) {
+    progress_.current_bytes_done = std::min(copies_->BytesWritten(ticket),
+                                            progress_.current_bytes_total);
+  }
   const std::int64_t done = turn_bytes_ + copies_->BytesPending();
   progress_.bytes_done = std::max(progress_.bytes_done,
                                   std::min(done, progress_.bytes_total));
