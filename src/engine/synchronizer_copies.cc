@@ -218,7 +218,10 @@ void Synchronizer::PlaceStagedCopies() {
   batch.swap(staged_);
   staged_bytes_ = 0;
   const bool flushed = FlushStagedCopies(batch);
+  std::size_t placed_so_far = 0;
   for (StagedCopy& copy : batch) {
+    // Thousands of renames take a moment: the windows breathe meanwhile.
+    if ((++placed_so_far & 127) == 0) ManageUI();
     SyncFile& file = *copy.file;
     const std::string dest = file.FullPath(copy.dest);
     if (!flushed) {
