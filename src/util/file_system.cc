@@ -511,7 +511,8 @@ int FlushFolder(const std::string& folder) {
 
 int FlushFileSystem(const std::string& path) {
   if (HasNul(path)) return EINVAL;
-  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+  // A folder given as a link is flushed where it leads.
+  const int fd = open(path.c_str(), O_RDONLY | O_CLOEXEC);
   if (fd < 0) return errno;
   const int error_number = syncfs(fd) == 0 ? 0 : errno;
   close(fd);

@@ -1,6 +1,7 @@
 // The file-system steps a run performs, on real files: copying a file over
-// another, clearing the read-only attribute and creating folders with the
-// reason of a failure.
+// another (at once, or staged and placed later), flushing to the disk,
+// clearing the read-only attribute and creating folders with the reason of
+// a failure.
 #include <dirent.h>
 #include <errno.h>
 #include <fcntl.h>
@@ -80,6 +81,64 @@ class CopyFileTest : public ::testing::Test {
  protected:
   TempDir tmp_;
 };
+
+// --- StageCopy, PlaceStagedCopy and the flushes --------------------------------
+
+TEST_F(CopyFileTest, StagedCopyLeavesTheDestinationUntilItIsPlaced) {
+  const std::string source = tmp_.Join("source.txt");
+  const std::string dest = tmp_.Join("copy.txt");
+  Put(source, Pattern(300000), kNewTime, 0, 0640);
+  Put(dest, "the old version", kOldTime);
+  std::string temp;
+
+  ASSERT_EQ(StageCopy(source, dest, &temp), 0);
+
+  EXPECT_EQ(Read(dest), "the old version");
+  EXPECT_EQ(temp.rfind(tmp_.Join(kPartialCopyPrefix), 0), 0u) << temp;
+  EXPECT_EQ(StateOf(temp), StateOf(source));
+  ASSERT_EQ(PlaceStagedCopy(temp, dest), 0);
+  EXPECT_EQ(StateOf(dest), StateOf(source));
+  EXPECT_EQ(ModeOf(dest), 0640u);
+  EXPECT_EQ(Entries(tmp_.path()),
+            (std::vector<std::string>{"copy.txt", "source.txt"}));
+}
+
+TEST_F(CopyFileTest, StagedCopyThatFailsOrIsStoppedLeavesNothing) {
+  const std::string dest = tmp_.Join("copy.txt");
+  std::string temp = "stale";
+  EXPECT_EQ(StageCopy(tmp_.Join("missing.txt"), dest, &temp), ENOENT);
+  EXPECT_TRUE(temp.empty());
+
+  const std::string source = tmp_.Join("big.bin");
+  Put(source, Pattern(std::size_t{4} << 20), kNewTime);
+  const CopyProgress stop = [](std::int64_t, std::int64_t) { return false; };
+  EXPECT_EQ(StageCopy(source, dest, &temp, stop), ECANCELED);
+  EXPECT_TRUE(temp.empty());
+  EXPECT_EQ(Entries(tmp_.path()), (std::vector<std::string>{"big.bin"}));
+}
+
+TEST_F(CopyFileTest, FlushesReachFoldersAndLinksToThem) {
+  MakeFolder(tmp_.Join("real"));
+  ASSERT_EQ(symlink(tmp_.Join("real").c_str(), tmp_.Join("link").c_str()), 0);
+
+  EXPECT_EQ(FlushFileSystem(tmp_.Join("link")), 0);
+  EXPECT_EQ(FlushFileSystem(tmp_.Join("real")), 0);
+  EXPECT_EQ(FlushFolder(tmp_.Join("link")), 0);
+  EXPECT_EQ(FlushFileSystem(tmp_.Join("missing")), ENOENT);
+  EXPECT_EQ(FlushFolder(tmp_.Join("missing")), ENOENT);
+}
+
+TEST_F(CopyFileTest, FileSystemIdTellsFileSystemsApart) {
+  MakeFolder(tmp_.Join("a"));
+  const std::uint64_t here = FileSystemId(tmp_.Join("a"));
+  EXPECT_NE(here, 0u);
+  EXPECT_EQ(FileSystemId(tmp_.path()), here);
+  EXPECT_EQ(FileSystemId(tmp_.Join("missing")), 0u);
+  // /proc is a file system of its own wherever it is mounted.
+  if (FileSystemId("/proc/self") != 0) {
+    EXPECT_NE(FileSystemId("/proc/self"), here);
+  }
+}
 
 // --- CopyFileReplacing ------------------------------------------------------
 
