@@ -12,19 +12,6 @@ namespace {
 constexpr std::size_t kShortestName = 8;
 constexpr char kNameGap[] = "  ";
 
-int Percent(std::int64_t done, std::int64_t total) {
-  if (total <= 0) return 100;
-  if (done >= total) return 100;
-  return static_cast<int>(done * 100 / total);
-}
-
-int ProgressPercent(const SyncProgress& progress) {
-  if (progress.bytes_total > 0) {
-    return Percent(progress.bytes_done, progress.bytes_total);
-  }
-  return Percent(progress.files_done, progress.files_total);
-}
-
 }  // namespace
 
 std::string ProgressText(const SyncProgress& progress, double speed,
@@ -33,7 +20,7 @@ std::string ProgressText(const SyncProgress& progress, double speed,
                      std::to_string(progress.files_total) + " files, " +
                      ByteCountText(progress.bytes_done) + "/" +
                      ByteCountText(progress.bytes_total) + " (" +
-                     std::to_string(ProgressPercent(progress)) + "%)";
+                     std::to_string(progress.PartsDone(100)) + "%)";
   if (speed >= 0) text += ", " + SpeedText(speed);
   if (seconds_left >= 0) text += ", " + TimeLeftText(seconds_left);
   const std::size_t used = CharCount(text) + sizeof kNameGap - 1;

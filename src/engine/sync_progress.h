@@ -8,6 +8,7 @@
 #ifndef PAIRWELL_ENGINE_SYNC_PROGRESS_H_
 #define PAIRWELL_ENGINE_SYNC_PROGRESS_H_
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -29,6 +30,23 @@ struct SyncProgress {
   std::int64_t current_bytes_total = 0;
   // From the totals until the last action has been dealt with.
   bool performing = false;
+
+  // How much is done, in `parts` parts: by bytes where there are any to
+  // copy, else by copies. Bytes written ahead reach their total while copies
+  // still wait for their turn, and the last copy placed still has to reach
+  // the disk: the count is whole only once the actions are over.
+  std::int64_t PartsDone(std::int64_t parts) const {
+    std::int64_t done = parts;
+    if (bytes_total > 0) {
+      done = std::clamp<std::int64_t>(bytes_done, 0, bytes_total) * parts /
+             bytes_total;
+    } else if (files_total > 0) {
+      done = std::clamp<std::int64_t>(files_done, 0, files_total) * parts /
+             files_total;
+    }
+    if (performing) done = std::min(done, parts - 1);
+    return done;
+  }
 };
 
 }  // namespace pairwell

@@ -103,6 +103,8 @@ void Synchronizer::PerformActions() {
     SubmitCopiesAhead(i);
     WFile(i).PerformAction(false);
   }
+  // What is left is the flush: no file is at hand any more.
+  progress_.current_file.clear();
   FinishCopies();
   progress_.performing = false;
   progress_.current_file.clear();

@@ -50,8 +50,13 @@ TEST(ProgressTextTest, SpeedAndTimeLeftFollowTheCountsWhenKnown) {
 TEST(ProgressTextTest, PercentReachesAHundredOnlyWhenAllIsDone) {
   SyncProgress progress = Copying(4, (40 << 20) - 1, "");
   EXPECT_EQ(ProgressText(progress, -1, -1, 79), "4/5 files, 40.0 MiB/40.0 MiB (99%)");
-  progress.files_done = 5;
+  // Every byte written ahead, the last copy still waiting for its turn.
   progress.bytes_done = 40 << 20;
+  EXPECT_EQ(ProgressText(progress, -1, -1, 79), "4/5 files, 40.0 MiB/40.0 MiB (99%)");
+  // Every copy placed, what was written still on its way to the disk.
+  progress.files_done = 5;
+  EXPECT_EQ(ProgressText(progress, -1, -1, 79), "5/5 files, 40.0 MiB/40.0 MiB (99%)");
+  progress.performing = false;
   EXPECT_EQ(ProgressText(progress, -1, -1, 79), "5/5 files, 40.0 MiB/40.0 MiB (100%)");
 }
 

@@ -268,7 +268,7 @@ bool LogForm::ShowBytes(const SyncProgress& progress) {
   if (progress_bar_->maximum() != kBarSteps) {
     progress_bar_->setRange(0, kBarSteps);
   }
-  progress_bar_->setValue(Steps(progress.bytes_done, progress.bytes_total));
+  progress_bar_->setValue(static_cast<int>(progress.PartsDone(kBarSteps)));
   // The percentage is the bar's own (%p); the counts are written out.
   progress_bar_->setFormat("%p% - " + Bytes(progress.bytes_done) + " of " +
                            Bytes(progress.bytes_total));
