@@ -51,7 +51,8 @@ FILES ?= 100000
 bench-scan: build
 	FILES=$(FILES) bench/scan/run.sh $(BUILD_DIR)
 
-# Copy speed of a first sync against cp -a and rsync -a.
+# Copy speed of a first sync against cp -a + sync and rsync -a. RUNS,
+# WORKLOADS ("small files large") and PAIRWELL_COPY_THREADS pass through.
 bench-copy: build
 	bench/copy/run.sh $(BUILD_DIR)
 
