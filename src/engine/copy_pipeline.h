@@ -4,6 +4,10 @@
 // beside its destination holding the source's bytes and attributes) that
 // the set takes when the file's turn comes, and puts in place itself. The
 // workers never touch a destination: only temporary files they own.
+//
+// Small sources are read ahead of the workers: one more thread asks the
+// system to start reading the next few while the workers write, so that
+// the disk has many reads to serve at once instead of one per worker.
 #ifndef PAIRWELL_ENGINE_COPY_PIPELINE_H_
 #define PAIRWELL_ENGINE_COPY_PIPELINE_H_
 
@@ -76,12 +80,16 @@ class CopyPipeline {
     std::function<bool()> dest_unchanged;
     std::atomic<std::int64_t> written{0};
     std::atomic<bool> cancelled{false};
+    bool started = false;     // taken by a worker
+    bool read_ahead = false;  // its source asked for before it started
+    int waiters = 0;          // threads in Wait for it
     bool ended = false;
     Result result;
   };
 
   void Work();
   void RunJob(const std::shared_ptr<Job>& job);
+  void ReadAheadOfWorkers();
   std::shared_ptr<Job> Find(long ticket) const;
 
   mutable std::mutex mutex_;
@@ -89,11 +97,17 @@ class CopyPipeline {
   // Signalled when a copy ends or writes a chunk.
   std::condition_variable job_changed_;
   std::deque<std::shared_ptr<Job>> queue_;
+  // The small copies whose sources are still to be read ahead, in order,
+  // and how many read ahead wait for a worker.
+  std::condition_variable read_ready_;
+  std::deque<std::shared_ptr<Job>> to_read_;
+  int read_ahead_waiting_ = 0;
   std::unordered_map<long, std::shared_ptr<Job>> jobs_;
   long next_ticket_ = 1;
   std::int64_t outstanding_bytes_ = 0;
   bool stopping_ = false;
   std::vector<std::thread> workers_;
+  std::thread reader_;
 };
 
 }  // namespace pairwell

@@ -19,9 +19,10 @@ namespace pairwell {
 namespace {
 
 // How far the copies may run ahead of the file at hand: enough to keep the
-// workers and the disk busy with small files, little enough that a stop or
-// an error wastes little and the temporary files take little room.
-constexpr long kMaxCopiesAhead = 256;
+// workers and the disk busy with small files, also while this thread puts a
+// batch in place, little enough that a stop or an error wastes little and
+// the temporary files take little room.
+constexpr long kMaxCopiesAhead = 2048;
 constexpr std::int64_t kMaxBytesAhead = std::int64_t{64} << 20;
 
 // A batch is flushed and put in place at the first of these. One flush of a
@@ -69,6 +70,13 @@ bool Synchronizer::FolderReadyAhead(const std::string& folder) {
 void Synchronizer::SubmitCopiesAhead(long current) {
   if (!copies_) return;
   submitted_through_ = std::max(submitted_through_, current - 1);
+  // Refilled once half the room is free, not after every copy taken: the
+  // workers then wake once for many copies instead of once for each.
+  const long outstanding = copies_->Outstanding();
+  if (outstanding > kMaxCopiesAhead / 2 ||
+      (outstanding > 0 && copies_->OutstandingBytes() > kMaxBytesAhead / 2)) {
+    return;
+  }
   while (submitted_through_ < WFileCount()) {
     // The file at hand always goes: nothing else is outstanding then.
     const long outstanding = copies_->Outstanding();

@@ -141,6 +141,11 @@ int StageCopy(const std::string& source, const std::string& dest,
               std::string* temp, const CopyProgress& progress = CopyProgress(),
               Durability durability = Durability::kStartWriteback);
 
+// Asks the system to start reading the file's first `bytes` into memory and
+// returns without waiting for them, so that a copy of it made soon after
+// finds them there. Does nothing when the file cannot be opened.
+void ReadAhead(const std::string& path, std::int64_t bytes);
+
 // The second half: renames the staged copy over dest. Its bytes must be on
 // the disk first (FlushFileSystem), and its folder flushed afterwards for
 // the new name to be. Returns 0, or the system error number (temp stays).

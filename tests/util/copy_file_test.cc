@@ -655,6 +655,20 @@ TEST_F(CopyFileTest, ClearReadOnlyOfAMissingFileFailsWithENOENT) {
 
 // --- MakeDirectoryError -----------------------------------------------------
 
+// A name that became a pipe since the scan must not hold the run up: left
+// waiting for a writer, the test would be killed by the alarm.
+TEST_F(CopyFileTest, ReadAheadOfAPipeOrAMissingFileReturnsAtOnce) {
+  const std::string pipe = tmp_.Join("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  alarm(10);
+  ReadAhead(pipe, 4096);
+  ReadAhead(tmp_.Join("missing"), 4096);
+  alarm(0);
+  tmp_.WriteFile("data.txt", "kept as it is");
+  ReadAhead(tmp_.Join("data.txt"), 13);
+  EXPECT_EQ(tmp_.ReadFile("data.txt"), "kept as it is");
+}
+
 TEST_F(CopyFileTest, MakeDirectoryErrorCreatesMissingLevels) {
   const std::string deep = tmp_.Join("one/two/three");
 
