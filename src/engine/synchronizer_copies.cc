@@ -24,6 +24,9 @@ namespace {
 // the temporary files take little room.
 constexpr long kMaxCopiesAhead = 2048;
 constexpr std::int64_t kMaxBytesAhead = std::int64_t{64} << 20;
+// However large the copies, this many may be outstanding: the next one is
+// written while the one at hand is flushed and put in place.
+constexpr long kFewestCopiesAhead = 2;
 
 // A batch is flushed and put in place at the first of these. One flush of a
 // file system for many copies costs about what one per copy would for a
@@ -74,14 +77,16 @@ void Synchronizer::SubmitCopiesAhead(long current) {
   // workers then wake once for many copies instead of once for each.
   const long outstanding = copies_->Outstanding();
   if (outstanding > kMaxCopiesAhead / 2 ||
-      (outstanding > 0 && copies_->OutstandingBytes() > kMaxBytesAhead / 2)) {
+      (outstanding >= kFewestCopiesAhead &&
+       copies_->OutstandingBytes() > kMaxBytesAhead / 2)) {
     return;
   }
   while (submitted_through_ < WFileCount()) {
-    // The file at hand always goes: nothing else is outstanding then.
+    // The file at hand always goes: little else is outstanding then.
     const long outstanding = copies_->Outstanding();
     if (outstanding >= kMaxCopiesAhead ||
-        (outstanding > 0 && copies_->OutstandingBytes() >= kMaxBytesAhead)) {
+        (outstanding >= kFewestCopiesAhead &&
+         copies_->OutstandingBytes() >= kMaxBytesAhead)) {
       break;
     }
     const long k = ++submitted_through_;
