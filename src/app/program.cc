@@ -72,7 +72,7 @@ bool Program::SaveLastSyncDates(const std::vector<const Synchronizer*>& sets) {
                  "; its last synchronization date was not saved.",
              kMbExclamation);
       ok = false;
-    } else if (set->LastSyncDate > 0) {
+    } else {
       set->WriteLastSync(*section);
       changed = true;
     }

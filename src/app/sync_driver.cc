@@ -17,16 +17,6 @@ namespace pairwell {
 
 namespace {
 
-void PrepareLog(Synchronizer& set, FrontEnd& ui) {
-  LogFile& log = set.TheLog();
-  ClearLogIfOld(set);
-  log.CloseLog();
-  // Without UseLogFile the log has no file and only echoes.
-  log.SetPath(set.UseLogFile ? Trim(set.LogFileName) : std::string());
-  log.EchoTextBox = ui.LogEcho();
-  log.OpenLog();
-}
-
 bool AnyNeedsConfirmation(const Synchronizer& set) {
   for (long i = 1; i <= set.WFileCount(); ++i) {
     if (NeedsConfirmation(set.WFile(i))) {
@@ -108,6 +98,16 @@ SetOutcome RunOneSet(Synchronizer& set, RunState& state, FrontEnd& ui,
 }
 
 }  // namespace
+
+void PrepareLog(Synchronizer& set, FrontEnd& ui) {
+  LogFile& log = set.TheLog();
+  ClearLogIfOld(set);
+  log.CloseLog();
+  // Without UseLogFile the log has no file and only echoes.
+  log.SetPath(set.UseLogFile ? Trim(set.LogFileName) : std::string());
+  log.EchoTextBox = ui.LogEcho();
+  log.OpenLog();
+}
 
 const char* SetOutcomeName(SetOutcome outcome) {
   switch (outcome) {

@@ -8,8 +8,13 @@
 
 namespace pairwell {
 
+class FrontEnd;
 class Program;
 class Synchronizer;
+
+// Opens the set's log for a run: cleared when old and the set asks for it,
+// written to the set's log file when it keeps one, echoed by the front end.
+void PrepareLog(Synchronizer& set, FrontEnd& ui);
 
 // How one set of a run ended.
 enum class SetOutcome {

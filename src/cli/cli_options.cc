@@ -10,9 +10,21 @@ std::string ParseCommandArgs(const std::vector<std::string>& args,
     const std::string& arg = args[i];
     const bool plan = options->command == "plan";
     const bool sync = options->command == "sync";
-    if (arg == "--json" && plan) {
+    const bool history = options->command == "history";
+    const bool undo = options->command == "undo";
+    if (arg == "--json" && (plan || history)) {
       options->json = true;
-    } else if (arg == "--simulate" && sync) {
+    } else if (arg == "--run" && undo) {
+      if (i + 1 >= args.size() || args[i + 1].empty()) {
+        return "--run needs a run id";
+      }
+      options->run_id = args[++i];
+    } else if (arg.compare(0, 6, "--run=") == 0 && undo) {
+      options->run_id = arg.substr(6);
+      if (options->run_id.empty()) return "--run needs a run id";
+    } else if (arg == "--force" && undo) {
+      options->force = true;
+    } else if (arg == "--simulate" && (sync || undo)) {
       options->simulate = true;
     } else if (arg == "--yes" && sync) {
       options->assume_yes = true;
@@ -35,8 +47,10 @@ std::string ParseCommandArgs(const std::vector<std::string>& args,
   if (options->command == "list" && !options->sets.empty()) {
     return "list takes no set";
   }
-  if (options->command == "plan" && options->sets.size() != 1) {
-    return "plan takes exactly one set";
+  for (const char* one_set : {"plan", "history", "undo"}) {
+    if (options->command == one_set && options->sets.size() != 1) {
+      return std::string(one_set) + " takes exactly one set";
+    }
   }
   if (options->command == "sync" &&
       options->all_sets == !options->sets.empty()) {
@@ -74,7 +88,8 @@ std::string ParseCliOptions(const std::vector<std::string>& args,
   if (i >= args.size()) return "no command given";
   options->command = args[i];
   if (options->command != "list" && options->command != "plan" &&
-      options->command != "sync") {
+      options->command != "sync" && options->command != "history" &&
+      options->command != "undo") {
     return "unknown command '" + options->command + "'";
   }
   return ParseCommandArgs(args, i + 1, options);
@@ -91,6 +106,11 @@ std::string UsageText() {
          "  sync [--simulate] [--yes] [--ignore-errors] [--allow-mass-delete]\n"
          "       [--progress | --quiet] (SET... | --all)\n"
          "                       synchronize the sets, one after another\n"
+         "  history [--json] SET the runs of SET that can be undone, newest "
+         "first\n"
+         "  undo [--run ID] [--simulate] [--force] SET\n"
+         "                       put SET's last run (or run ID) back as it "
+         "was\n"
          "\n"
          "sync options:\n"
          "  --simulate       log every operation, change no file\n"
@@ -115,6 +135,14 @@ std::string UsageText() {
          " the\n"
          "                   last one given counts\n"
          "\n"
+         "undo options:\n"
+         "  --run ID         the run to put back (see history); default the "
+         "last\n"
+         "  --simulate       log what would be put back, change no file\n"
+         "  --force          put back also the files changed since the run, "
+         "keeping\n"
+         "                   their present content as a version\n"
+         "\n"
          "SET is a set's name (case is ignored) or its number in the list.\n"
          "\n"
          "Options:\n"
@@ -133,7 +161,8 @@ std::string UsageText() {
          "failed\n"
          "and were skipped (--ignore-errors, or the ErrorHandling table) or "
          "their\n"
-         "files changed during the run: the log names them.\n"
+         "files changed during the run: the log names them. For undo, 4: files\n"
+         "changed since the run were left as they are (listed).\n"
          "\n"
          "plan --json writes a name byte that is not UTF-8 as \\udc80..\\udcff "
          "(U+DC00\n"

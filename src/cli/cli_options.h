@@ -23,9 +23,12 @@ enum class ProgressMode {
 
 struct CliOptions {
   std::string ini_path;            // empty: the usual place
-  std::string command;             // "list", "plan", "sync", "help", "version"
-  bool json = false;               // plan
-  bool simulate = false;           // sync
+  // "list", "plan", "sync", "history", "undo", "help", "version"
+  std::string command;
+  bool json = false;               // plan, history
+  bool simulate = false;           // sync, undo
+  std::string run_id;              // undo: empty for the last run
+  bool force = false;              // undo
   bool assume_yes = false;         // sync
   bool ignore_errors = false;      // sync
   bool all_sets = false;           // sync

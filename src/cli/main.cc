@@ -8,10 +8,12 @@
 #include "app/program.h"
 #include "app/sync_driver.h"
 #include "app/sync_plan.h"
+#include "app/undo_driver.h"
 #include "cli/cli_options.h"
 #include "cli/console_user_interface.h"
 #include "cli/output_buffer.h"
 #include "cli/reports.h"
+#include "engine/run_undo.h"
 #include "util/terminal.h"
 
 namespace pairwell {
@@ -103,6 +105,57 @@ int RunSync(Program& program, const CliOptions& options) {
   return result.skipped_operations > 0 ? kExitSkipped : kExitOk;
 }
 
+int RunHistory(Program& program, const CliOptions& options) {
+  Synchronizer* set = program.FindSyncSet(options.sets[0]);
+  if (set == nullptr) {
+    return UsageError("no sync set '" + options.sets[0] + "'");
+  }
+  const std::vector<RunSummary> runs = RunUndo(*set).Runs();
+  OutputBuffer out(stdout);
+  if (options.json) {
+    HistoryJson(set->Name, runs, out);
+  } else {
+    out.Append(HistoryText(runs));
+  }
+  if (!out.Flush()) {
+    std::fprintf(stderr, "pairwell-cli: the history could not be written: %s\n",
+                 std::strerror(out.error_number()));
+    return kExitFailed;
+  }
+  return kExitOk;
+}
+
+int RunUndoCommand(Program& program, const CliOptions& options) {
+  Synchronizer* set = program.FindSyncSet(options.sets[0]);
+  if (set == nullptr) {
+    return UsageError("no sync set '" + options.sets[0] + "'");
+  }
+  RunUndo undo(*set);
+  const std::string problem = undo.Load(options.run_id);
+  if (!problem.empty()) {
+    std::fprintf(stderr, "pairwell-cli: %s\n", problem.c_str());
+    return kExitFailed;
+  }
+  UndoOptions undo_options;
+  undo_options.force = options.force;
+  undo_options.simulate = options.simulate;
+  const UndoResult result = PerformUndo(program, undo, undo_options);
+  if (!result.problem.empty()) {
+    std::fprintf(stderr, "pairwell-cli: %s\n", result.problem.c_str());
+    return kExitFailed;
+  }
+  if (!result.completed) return kExitFailed;
+  if (result.left > 0) {
+    std::fprintf(stderr,
+                 "pairwell-cli: %ld %s left as %s: the log says why (--force "
+                 "puts back files changed since the run too).\n",
+                 result.left, result.left == 1 ? "file was" : "files were",
+                 result.left == 1 ? "it was" : "they were");
+    return kExitSkipped;
+  }
+  return kExitOk;
+}
+
 int Run(const CliOptions& options) {
   if (options.command == "help") {
     std::fputs(UsageText().c_str(), stdout);
@@ -116,7 +169,7 @@ int Run(const CliOptions& options) {
     setenv(kIniPathVariable, options.ini_path.c_str(), 1);
   }
   ConsoleOptions console;
-  if (options.command == "sync") {
+  if (options.command == "sync" || options.command == "undo") {
     console.assume_yes = options.assume_yes;
     console.ignore_errors = options.ignore_errors;
     console.log_stream = stdout;
@@ -134,6 +187,8 @@ int Run(const CliOptions& options) {
     return kExitOk;
   }
   if (options.command == "sync") return RunSync(program, options);
+  if (options.command == "history") return RunHistory(program, options);
+  if (options.command == "undo") return RunUndoCommand(program, options);
   return RunPlan(program, options);
 }
 

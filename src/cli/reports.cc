@@ -10,6 +10,7 @@
 #include "engine/sync_set_list.h"
 #include "engine/synchronizer.h"
 #include "util/date_time.h"
+#include "util/text.h"
 
 namespace pairwell {
 
@@ -117,6 +118,7 @@ void PlanTable(const Synchronizer& set, OutputBuffer& out) {
                "\n");
   }
   out.Append(StatsText(set, CountConflicts(set)) + "\n");
+  out.Append(KeptCopiesText(set) + "\n");
   for (const std::string& warning : set.MassDeletionWarnings()) {
     out.Append("Warning: " + warning + "\n");
   }
@@ -151,9 +153,81 @@ void PlanJson(const Synchronizer& set, OutputBuffer& out) {
   json.Key("autoHandled").Number(counts.auto_handled);
   json.Key("text").String(StatsText(set, counts));
   json.EndObject();
+  json.Key("kept").BeginObject();
+  json.Key("versionDays").Number(set.VersionDays);
+  json.Key("archiveDeleted").Bool(set.ArchiveDeleted);
+  json.Key("archiveOverwritten").Bool(set.ArchiveOverwritten);
+  json.Key("archivePath").String(Trim(set.ArchivePath));
+  json.Key("text").String(KeptCopiesText(set));
+  json.EndObject();
   json.Key("warnings").BeginArray();
   for (const std::string& warning : set.MassDeletionWarnings()) {
     json.String(warning);
+  }
+  json.EndArray();
+  json.EndObject();
+  out.Append('\n');
+}
+
+namespace {
+
+std::string Counted(long count, const char* what) {
+  return std::to_string(count) + " " + what;
+}
+
+std::string RunKind(const RunSummary& run) {
+  return run.undoes.empty() ? "sync" : "undo of " + run.undoes;
+}
+
+}  // namespace
+
+std::string HistoryText(const std::vector<RunSummary>& runs) {
+  std::size_t kind_width = 4;
+  for (const RunSummary& run : runs) {
+    kind_width = std::max(kind_width, RunKind(run).size());
+  }
+  std::string text;
+  for (const RunSummary& run : runs) {
+    text += run.id + "  " +
+            FormatGeneralDate(FileTimeToDate(run.started, 0)) + "  " +
+            PadRight(RunKind(run), kind_width) + "  " +
+            Counted(run.created, "created") + ", " +
+            Counted(run.replaced, "replaced") + ", " +
+            Counted(run.deleted, "deleted");
+    if (!run.ended) {
+      text += " (cut short)";
+    } else if (run.stopped) {
+      text += " (stopped)";
+    }
+    text += "\n";
+  }
+  return text;
+}
+
+void HistoryJson(const std::string& set_name,
+                 const std::vector<RunSummary>& runs, OutputBuffer& out) {
+  JsonWriter json(&out);
+  json.BeginObject();
+  json.Key("set").String(set_name);
+  json.Key("runs").BeginArray();
+  for (const RunSummary& run : runs) {
+    json.BeginObject();
+    json.Key("id").String(run.id);
+    json.Key("started").String(
+        FormatGeneralDate(FileTimeToDate(run.started, 0)));
+    json.Key("undoes");
+    if (run.undoes.empty()) {
+      json.Null();
+    } else {
+      json.String(run.undoes);
+    }
+    json.Key("created").Number(run.created);
+    json.Key("replaced").Number(run.replaced);
+    json.Key("deleted").Number(run.deleted);
+    json.Key("foldersCreated").Number(run.folders_created);
+    json.Key("complete").Bool(run.ended);
+    json.Key("stopped").Bool(run.stopped);
+    json.EndObject();
   }
   json.EndArray();
   json.EndObject();

@@ -4,6 +4,9 @@
 #define PAIRWELL_CLI_REPORTS_H_
 
 #include <string>
+#include <vector>
+
+#include "engine/run_history.h"
 
 namespace pairwell {
 
@@ -23,6 +26,14 @@ void PlanTable(const Synchronizer& set, OutputBuffer& out);
 // The run as one JSON object (set, lastSync, folders, files, stats,
 // warnings) and a line break, written as it goes.
 void PlanJson(const Synchronizer& set, OutputBuffer& out);
+
+// The runs, newest first, a line each: "20261125-043012  2026-11-25
+// 04:30:12  sync  3 created, 2 replaced, 1 deleted".
+std::string HistoryText(const std::vector<RunSummary>& runs);
+
+// The same as one JSON object (set, runs) and a line break.
+void HistoryJson(const std::string& set_name,
+                 const std::vector<RunSummary>& runs, OutputBuffer& out);
 
 }  // namespace pairwell
 

@@ -6,6 +6,7 @@
 #include "engine/synchronizer.h"
 #include "util/date_time.h"
 #include "util/file_system.h"
+#include "util/text.h"
 
 namespace pairwell {
 
@@ -194,6 +195,32 @@ CopyDetails GetCopyDetails(const SyncFile& file, int j) {
     details.create_date = FormatDate(copy.create_date, "mmm d, yyyy h:nnAMPM");
   }
   return details;
+}
+
+std::string KeptCopiesText(const Synchronizer& set) {
+  const std::string days = std::to_string(set.VersionDays) +
+                           (set.VersionDays == 1 ? " day" : " days");
+  const std::string versions = "kept for " + days + " in " +
+                               std::string(kKeepFolderName) +
+                               "/versions in each folder";
+  const std::string archive =
+      "archived in " + Trim(set.ArchivePath) + " (never removed)";
+  const bool keeping = set.VersionDays > 0;
+  const std::string undo = "; a run can be undone.";
+  if (set.ArchiveDeleted && set.ArchiveOverwritten) {
+    return "Replaced and deleted copies are " + archive + undo;
+  }
+  if (set.ArchiveDeleted || set.ArchiveOverwritten) {
+    const std::string archived = set.ArchiveDeleted ? "Deleted" : "Replaced";
+    const std::string other = set.ArchiveDeleted ? "replaced" : "deleted";
+    return archived + " copies are " + archive + "; " + other +
+           " copies are " + (keeping ? versions : "not kept") + undo;
+  }
+  if (!keeping) {
+    return "Replaced and deleted copies are not kept (VersionDays=0): they "
+           "are gone for good.";
+  }
+  return "Replaced and deleted copies are " + versions + undo;
 }
 
 }  // namespace pairwell

@@ -52,6 +52,11 @@ std::string ActionText(const SyncFile& file);
 // files total (Last sync: Nov 2, 2026 03:04PM)".
 std::string StatsText(const Synchronizer& set, const ConflictCounts& counts);
 
+// Where a run of the set keeps the copies it replaces or deletes: "Replaced
+// and deleted copies are kept for 30 days in .pairwell/versions in each
+// folder; a run can be undone.", or that they are archived, or not kept.
+std::string KeptCopiesText(const Synchronizer& set);
+
 // "1023 bytes", "1.50 KB", "1.00 MB".
 std::string GetFileSizeString(std::int32_t size);
 

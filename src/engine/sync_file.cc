@@ -364,6 +364,18 @@ void SyncFile::CountCopies(SyncProgress* progress) const {
   progress->bytes_total += copies * CopySize(SourceIndex);
 }
 
+void SyncFile::MarkChangedFolders(std::vector<bool>* changes) const {
+  if (blocked_) return;
+  if (Action == kDeleteAll) {
+    for (int j = 1; j <= owner_->WPathCount(); ++j) {
+      if (Deletable(j)) (*changes)[static_cast<std::size_t>(j - 1)] = true;
+    }
+  }
+  for (int d : CopyDestinations()) {
+    (*changes)[static_cast<std::size_t>(d - 1)] = true;
+  }
+}
+
 std::vector<int> SyncFile::CopyDestinations() const {
   std::vector<int> folders;
   const int s = SourceIndex;
@@ -402,7 +414,7 @@ bool SyncFile::MakeDestinationFolder(int d) {
   if (owner_->ready_folders_.count(folder) != 0) return true;
   if (!owner_->WithErrorPolicy(
           "Unable to create the following folder:\n\n" + folder,
-          [&] { return MakeDirectoryError(folder); })) {
+          [&] { return owner_->MakeFolderIn(d, folder); })) {
     return false;
   }
   owner_->ready_folders_.insert(folder);
@@ -449,6 +461,7 @@ void SyncFile::WriteCopy(int s, int d) {
   const std::string source = FullPath(s);
   const std::string dest = FullPath(d);
   owner_->TheLog().PrintL("Copy ", dest, " from ", source);
+  if (CopyExists(d)) owner_->LogKept(d, dest, false);
   if (owner_->Run().simulation_mode) return;
   if (!MakeDestinationFolder(d)) {
     owner_->CancelCopyAhead(d);
@@ -457,6 +470,7 @@ void SyncFile::WriteCopy(int s, int d) {
   const bool read_only =
       CopyExists(d) && (Copy(d).attributes & (kAttrReadOnly | kAttrSystem));
   std::string temp;
+  int old_mode = -1;
   // The copy checks the destination against the scan just before it starts
   // (on its worker), and the set again just before the rename.
   bool changed = false;
@@ -468,6 +482,8 @@ void SyncFile::WriteCopy(int s, int d) {
         if (read_only) {
           changed = !SameAsScanned(d);
           if (changed) return 0;
+          // The mode it had is what its kept copy gets back by an undo.
+          if (old_mode < 0) old_mode = FileMode(dest);
           ClearReadOnly(dest);
         }
         const int result = owner_->AwaitCopy(*this, s, d, &temp);
@@ -484,7 +500,7 @@ void SyncFile::WriteCopy(int s, int d) {
     }
     return;
   }
-  owner_->PlaceWhenFlushed(*this, s, d, temp);
+  owner_->PlaceWhenFlushed(*this, s, d, temp, old_mode);
 }
 
 void SyncFile::FinishCopy(int s, int d) {
@@ -501,11 +517,17 @@ void SyncFile::FinishCopy(int s, int d) {
 void SyncFile::DeleteIn(int j) {
   const std::string path = FullPath(j);
   owner_->TheLog().PrintL("Deleting ", path);
+  owner_->LogKept(j, path, true);
   if (owner_->Run().simulation_mode) return;
   if (!UnchangedSinceScan(j)) return;
   owner_->NoteWritten(j);
+  VersionKeeper* const keeper = owner_->Keeper();
   if (owner_->WithErrorPolicy("Unable to delete the following file:\n\n" + path,
-                              [&] { return DeleteFile(path); })) {
+                              [&] {
+                                return keeper != nullptr
+                                           ? keeper->MoveDeleted(j, path)
+                                           : DeleteFile(path);
+                              })) {
     MutableCopy(j).modify_date = 0;
   }
 }

@@ -160,6 +160,8 @@ class SyncFile {
   // The folders, in order, that PerformAction(false) would copy copy
   // SourceIndex over now (empty unless the action is use-newest).
   std::vector<int> CopyDestinations() const;
+  // Marks (index - 1) the working folders whose copy the action changes.
+  void MarkChangedFolders(std::vector<bool>* changes) const;
 
   // The folder of a copy that holds data and has the same date as the
   // empty copy that use-newest would copy over it; 0 when there is none. An

@@ -32,6 +32,17 @@ bool ReadLastSyncDate(const std::string& text, double* date) {
   return ParseDateText(text, date);
 }
 
+// "VersionDays": a whole number of days from 0 up. Anything else keeps the
+// default: a slip of the keyboard must not make deletions final.
+int ReadVersionDays(const std::string& text) {
+  const std::string days = Trim(text);
+  if (days.empty() || days.size() > 6 ||
+      days.find_first_not_of("0123456789") != std::string::npos) {
+    return Synchronizer::kDefaultVersionDays;
+  }
+  return std::stoi(days);
+}
+
 bool SameSecond(double a, double b) {
   return FormatGeneralDate(a) == FormatGeneralDate(b);
 }
@@ -168,6 +179,7 @@ void Synchronizer::ReadOptions(const INIFileSection& section) {
   ExcludeSpec = section.FindVar2("ExcludeSpec", "");
   FolderSpec = section.FindVar2("FolderSpec", "");
   FolderExcludeSpec = section.FindVar2("FolderExcludeSpec", "");
+  VersionDays = ReadVersionDays(section.FindVar2("VersionDays", ""));
 }
 
 void Synchronizer::ReadLastSync(const INIFileSection& section) {
@@ -195,6 +207,22 @@ void Synchronizer::ReadLastSync(const INIFileSection& section) {
   has_last_sync_moment_ = true;
 }
 
+bool Synchronizer::LastSyncMoment(std::int64_t* moment) const {
+  if (!has_last_sync_moment_ || LastSyncDate <= 0) return false;
+  *moment = last_sync_moment_;
+  return true;
+}
+
+void Synchronizer::RestoreLastSync(double date, bool has_moment,
+                                   std::int64_t moment) {
+  LastSyncDate = date > 0 ? date : 0;
+  unusable_last_sync_date_.clear();
+  has_last_sync_moment_ = has_moment && date > 0;
+  last_sync_moment_ = moment;
+  // The moment gives the date in the present time zone.
+  if (has_last_sync_moment_) LastSyncDate = FileTimeToDate(moment, 0);
+}
+
 void Synchronizer::SetLastSyncDate(double date) {
   LastSyncDate = date;
   unusable_last_sync_date_.clear();
@@ -212,6 +240,12 @@ void Synchronizer::WriteLastSync(INIFileSection& section) const {
   if (LastSyncDate <= 0) {
     if (!unusable_last_sync_date_.empty()) {
       section.AddVar("LastSyncDate", unusable_last_sync_date_);
+    } else if (section.FindVarIndex("LastSyncDate") > 0) {
+      // Never again (an undone first run): an empty date reads as never.
+      section.AddVar("LastSyncDate", "");
+      if (section.FindVarIndex("LastSyncMoment") > 0) {
+        section.AddVar("LastSyncMoment", "");
+      }
     }
     return;
   }
@@ -274,6 +308,11 @@ void Synchronizer::WriteToINI(INIFileSection& section) const {
   section.AddVar("ExcludeSpec", ExcludeSpec);
   section.AddVar("FolderSpec", FolderSpec);
   section.AddVar("FolderExcludeSpec", FolderExcludeSpec);
+  // Only where it was changed: files written before it existed stay as
+  // they were.
+  if (VersionDays != kDefaultVersionDays) {
+    section.AddVar("VersionDays", std::to_string(VersionDays));
+  }
   for (const ConflictDescriptor& type : conflict_types_) {
     section.AddVar("CR:" + type.Name, type.CustomConfigToString());
   }

@@ -21,6 +21,7 @@
 #include "engine/string_tree.h"
 #include "engine/sync_file_list.h"
 #include "engine/sync_progress.h"
+#include "engine/version_keeper.h"
 #include "util/file_system.h"
 #include "util/user_interface.h"
 
@@ -80,6 +81,11 @@ class Synchronizer {
   std::string ExcludeSpec;
   std::string FolderSpec;
   std::string FolderExcludeSpec;
+  // Days the copies a run replaces or deletes are kept in each folder's
+  // versions area; 0 keeps none (deletions and replacements are then final,
+  // unless the set archives them).
+  int VersionDays = kDefaultVersionDays;
+  static constexpr int kDefaultVersionDays = 30;
   bool QuietMode = false;
   bool StopFlag = false;
   long FutureDateCount = 0;
@@ -150,8 +156,12 @@ class Synchronizer {
   const std::string& UnusableLastSyncDate() const {
     return unusable_last_sync_date_;
   }
+  // The moment kept with LastSyncDate; false when there is none.
+  bool LastSyncMoment(std::int64_t* moment) const;
+  // Puts back a last-sync date and moment, as a run's journal kept them.
+  void RestoreLastSync(double date, bool has_moment, std::int64_t moment);
   // Writes (or replaces) the LastSyncDate and LastSyncMoment keys, when
-  // there is a date to keep.
+  // there is a date to keep; empties them where the set has none any more.
   void WriteLastSync(INIFileSection& section) const;
 
   // The relative name with its folder part as working folder i spells it,
@@ -211,6 +221,16 @@ class Synchronizer {
   // on the disk; it returns once everything it wrote, put in place and
   // deleted is on the disk, so "completed" holds even after a power cut.
   void PerformActions();
+
+  // What keeps the old copies of the run being performed (null outside
+  // PerformActions); an undo gives its own.
+  VersionKeeper* Keeper() const { return keeper_.get(); }
+  // Settings for a keeper of this set's, with the last-sync date as it is.
+  VersionKeeper::Settings KeeperSettings() const;
+  // The working folders' paths, folder 1 first.
+  std::vector<std::string> WorkingFolderPaths() const;
+  // Per working folder (index - 1): whether the present actions change it.
+  std::vector<bool> FoldersTheRunChanges() const;
 
   // How far the actions of the last PerformActions have come.
   const SyncProgress& Progress() const { return progress_; }
@@ -328,6 +348,13 @@ class Synchronizer {
   void CreateMissingFolders();
   // Starts progress_ over with the totals of the present actions.
   void StartProgress();
+  // Prunes the set's old versions and prepares the run's own; false (the
+  // person told, the run aborted) when they cannot be kept.
+  bool StartKeeping();
+  // The actions themselves, file after file, until a stop.
+  void PerformFileActions();
+  // Logs where the old copy at path (in folder j) goes, when it is kept.
+  void LogKept(int j, const std::string& path, bool deleted);
 
   // The copies of PerformActions (synchronizer_copies.cc). A copy is
   // written beside its destination ahead of its file's turn, taken at the
@@ -339,6 +366,8 @@ class Synchronizer {
     int dest = 0;
     std::string temp;
     std::int64_t bytes = 0;
+    int old_mode = -1;  // the destination's mode before the run changed it
+    int record_error = 0;  // why the journal could not record it, or 0
   };
   void StartCopies();
   // Submits the copies of the files after `current` while the bounds on
@@ -346,7 +375,10 @@ class Synchronizer {
   void SubmitCopiesAhead(long current);
   // Makes sure the folder exists for a copy written ahead; false leaves the
   // copy to its turn, where a failure is asked about.
-  bool FolderReadyAhead(const std::string& folder);
+  bool FolderReadyAhead(int d, const std::string& folder);
+  // Makes folder (in working folder d), recording it first; 0 or the error
+  // number.
+  int MakeFolderIn(int d, const std::string& folder);
   // The copy of the file at hand to folder d: waits for it while the
   // windows breathe (submitting it first when it was not written ahead);
   // 0 and the staged copy in *temp, or the error number (ECANCELED after a
@@ -359,7 +391,16 @@ class Synchronizer {
   void CancelCopyAhead(int d);
   // Keeps the staged copy for the batch (or puts it in place at once,
   // outside PerformActions).
-  void PlaceWhenFlushed(SyncFile& file, int s, int d, const std::string& temp);
+  void PlaceWhenFlushed(SyncFile& file, int s, int d, const std::string& temp,
+                        int old_mode);
+  // Records the batch's steps in the journals, in one write per folder.
+  void RecordStagedCopies(std::vector<StagedCopy>& batch);
+  // Renames the staged copy over its destination, keeping the old copy
+  // first; 0 or the error number.
+  int PutInPlace(StagedCopy& copy, const std::string& dest);
+  // Holds the copy's step back in its folder's journal; 0 or the error
+  // number.
+  int RecordCopy(const StagedCopy& copy);
   void CopyTurnEnded(std::int64_t bytes);
   // Flushes the batch's file systems, then puts each copy in place, checking
   // once more that its destination did not change since the scan.
@@ -454,6 +495,7 @@ class Synchronizer {
   int copy_threads_ = 0;
   bool performing_ = false;
   std::unique_ptr<CopyPipeline> copies_;
+  std::unique_ptr<VersionKeeper> keeper_;
   // (file index, folder) of each copy written ahead, to its ticket.
   std::map<std::pair<long, int>, long> tickets_;
   // The files whose copies were submitted ahead: 1..submitted_through_.

@@ -63,9 +63,9 @@ void Synchronizer::StartCopies() {
   }
 }
 
-bool Synchronizer::FolderReadyAhead(const std::string& folder) {
+bool Synchronizer::FolderReadyAhead(int d, const std::string& folder) {
   if (ready_folders_.count(folder) != 0) return true;
-  if (!MakeDirectory(folder)) return false;
+  if (MakeFolderIn(d, folder) != 0) return false;
   ready_folders_.insert(folder);
   return true;
 }
@@ -94,7 +94,7 @@ void Synchronizer::SubmitCopiesAhead(long current) {
     const int s = file.SourceIndex;
     for (int d : file.CopyDestinations()) {
       const std::string dest = file.FullPath(d);
-      if (!FolderReadyAhead(FolderOfFile(dest))) continue;
+      if (!FolderReadyAhead(d, FolderOfFile(dest))) continue;
       NoteWritten(d);
       tickets_[{k, d}] = SubmitCopy(file, s, d);
     }
@@ -171,10 +171,10 @@ void Synchronizer::CopyTurnEnded(std::int64_t bytes) {
 }
 
 void Synchronizer::PlaceWhenFlushed(SyncFile& file, int s, int d,
-                                    const std::string& temp) {
+                                    const std::string& temp, int old_mode) {
   const std::int64_t bytes = file.CopySize(s);
   if (staged_.empty()) staged_since_tick_ = TickCount();
-  staged_.push_back(StagedCopy{&file, s, d, temp, bytes});
+  staged_.push_back(StagedCopy{&file, s, d, temp, bytes, old_mode});
   staged_bytes_ += bytes;
   if (!performing_) {
     PlaceStagedCopies();
@@ -230,6 +230,9 @@ void Synchronizer::PlaceStagedCopies() {
   std::vector<StagedCopy> batch;
   batch.swap(staged_);
   staged_bytes_ = 0;
+  // The journal's steps go to the disk with the copies' bytes, before the
+  // first of them is made.
+  RecordStagedCopies(batch);
   const bool flushed = FlushStagedCopies(batch);
   std::size_t placed_so_far = 0;
   for (StagedCopy& copy : batch) {
@@ -253,13 +256,47 @@ void Synchronizer::PlaceStagedCopies() {
     const bool placed = WithErrorPolicy(
         "Unable to perform the copy operation:\n\n" +
             file.FullPath(copy.source) + " -> " + dest,
-        [&] { return PlaceStagedCopy(copy.temp, dest); });
+        [&] { return PutInPlace(copy, dest); });
     if (!placed) {
       DeleteFile(copy.temp);
       continue;
     }
     file.FinishCopy(copy.source, copy.dest);
   }
+}
+
+int Synchronizer::RecordCopy(const StagedCopy& copy) {
+  const std::string dest = copy.file->FullPath(copy.dest);
+  FileIdentity after;
+  if (!GetFileIdentity(copy.temp, &after)) return ENOENT;
+  // The destination is as the scan saw it: there when it had a copy.
+  return copy.file->CopyExists(copy.dest)
+             ? keeper_->RecordReplaced(copy.dest, dest, copy.old_mode, after)
+             : keeper_->RecordCreated(copy.dest, dest, after);
+}
+
+void Synchronizer::RecordStagedCopies(std::vector<StagedCopy>& batch) {
+  if (!keeper_) return;
+  for (StagedCopy& copy : batch) copy.record_error = RecordCopy(copy);
+  const int error_number = keeper_->WriteRecords();
+  if (error_number == 0) return;
+  for (StagedCopy& copy : batch) copy.record_error = error_number;
+}
+
+int Synchronizer::PutInPlace(StagedCopy& copy, const std::string& dest) {
+  if (keeper_) {
+    // A step that could not be recorded is not made (a retry records it).
+    if (copy.record_error != 0) {
+      copy.record_error = RecordCopy(copy);
+      if (copy.record_error == 0) copy.record_error = keeper_->WriteRecords();
+      if (copy.record_error != 0) return copy.record_error;
+    }
+    if (copy.file->CopyExists(copy.dest)) {
+      const int error_number = keeper_->KeepOldCopy(copy.dest, dest);
+      if (error_number != 0) return error_number;
+    }
+  }
+  return PlaceStagedCopy(copy.temp, dest);
 }
 
 void Synchronizer::SettleCopies() {
@@ -288,8 +325,15 @@ void Synchronizer::FinishCopies() {
   // What was written ahead and given up after a stop does not count.
   progress_.bytes_done = turn_bytes_;
   // Names put in place, deleted and created reach the disk before the run
-  // may say it completed.
+  // may say it completed; so do the copies archived elsewhere.
+  if (keeper_) {
+    for (const std::string& folder : keeper_->OtherWrittenFolders()) {
+      written_file_systems_.emplace(FileSystemId(folder), folder);
+    }
+  }
   FlushWritten();
+  if (keeper_) keeper_->End(StopFlag);
+  keeper_.reset();
   performing_ = false;
 }
 

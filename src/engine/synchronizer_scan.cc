@@ -97,6 +97,7 @@ void Synchronizer::FreeSyncData() {
   // The files and the tree are gone: nothing refers to the names.
   names_->Clear();
   current_action_ = 0;
+  keeper_.reset();
 }
 
 bool Synchronizer::BuildActionList() {

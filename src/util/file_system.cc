@@ -230,6 +230,7 @@ int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
                 "its name holds a \"\\\", read as a folder separator");
       continue;
     }
+    if (S_ISDIR(info.mode) && name == kKeepFolderName) continue;
     if (name.compare(0, sizeof kPartialCopyPrefix - 1, kPartialCopyPrefix) ==
         0) {
       leave_out(d->d_name, "unfinished copy of an interrupted run", false,
@@ -571,6 +572,105 @@ int ClearReadOnly(const std::string& path) {
 int DeleteFile(const std::string& path) {
   if (HasNul(path)) return EINVAL;
   return unlink(path.c_str()) == 0 ? 0 : errno;
+}
+
+int RenameFile(const std::string& from, const std::string& to) {
+  if (HasNul(from) || HasNul(to)) return EINVAL;
+  return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+}
+
+int LinkFile(const std::string& existing, const std::string& new_name) {
+  if (HasNul(existing) || HasNul(new_name)) return EINVAL;
+  return link(existing.c_str(), new_name.c_str()) == 0 ? 0 : errno;
+}
+
+int RemoveFolder(const std::string& path) {
+  if (HasNul(path)) return EINVAL;
+  if (rmdir(path.c_str()) == 0) return 0;
+  // Some systems say EEXIST for a folder that is not empty.
+  return errno == EEXIST ? ENOTEMPTY : errno;
+}
+
+namespace {
+
+// Removes what the open folder holds, depth first; the first error, or 0.
+int RemoveContents(int dir_fd) {
+  DIR* dir = fdopendir(dir_fd);
+  if (dir == nullptr) {
+    const int error_number = errno;
+    close(dir_fd);
+    return error_number;
+  }
+  int first_error = 0;
+  const auto note = [&first_error](int error_number) {
+    if (first_error == 0) first_error = error_number;
+  };
+  for (;;) {
+    errno = 0;
+    const struct dirent* d = readdir(dir);
+    if (d == nullptr) {
+      if (errno != 0) note(errno);
+      break;
+    }
+    const std::string name = d->d_name;
+    if (name == "." || name == "..") continue;
+    if (unlinkat(dir_fd, d->d_name, 0) == 0) continue;
+    if (errno != EISDIR && errno != EPERM) {
+      note(errno);
+      continue;
+    }
+    // A folder: emptied through a descriptor that cannot be a link.
+    const int sub = openat(dir_fd, d->d_name,
+                           O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (sub < 0) {
+      note(errno);
+      continue;
+    }
+    const int error_number = RemoveContents(sub);
+    if (error_number != 0) note(error_number);
+    if (unlinkat(dir_fd, d->d_name, AT_REMOVEDIR) != 0) note(errno);
+  }
+  closedir(dir);
+  return first_error;
+}
+
+}  // namespace
+
+int RemoveTree(const std::string& path) {
+  if (HasNul(path)) return EINVAL;
+  const int fd =
+      open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  if (fd < 0) return errno;
+  const int error_number = RemoveContents(fd);
+  if (rmdir(path.c_str()) != 0) return error_number != 0 ? error_number : errno;
+  return error_number;
+}
+
+bool GetFileIdentity(const std::string& path, FileIdentity* identity) {
+  struct stat info;
+  if (HasNul(path) || lstat(path.c_str(), &info) != 0 ||
+      !S_ISREG(info.st_mode)) {
+    return false;
+  }
+  identity->size = info.st_size;
+  identity->modified_ns =
+      static_cast<std::int64_t>(info.st_mtim.tv_sec) * 1000000000 +
+      info.st_mtim.tv_nsec;
+  identity->inode = info.st_ino;
+  identity->mode = static_cast<int>(info.st_mode & 07777);
+  return true;
+}
+
+int FileMode(const std::string& path) {
+  struct stat info;
+  if (HasNul(path) || lstat(path.c_str(), &info) != 0) return -1;
+  return static_cast<int>(info.st_mode & 07777);
+}
+
+int SetFileMode(const std::string& path, int mode) {
+  if (HasNul(path)) return EINVAL;
+  return chmod(path.c_str(), static_cast<mode_t>(mode & 07777)) == 0 ? 0
+                                                                      : errno;
 }
 
 bool SetCreationTime(const std::string& path, double create_date,

@@ -171,6 +171,50 @@ int ClearReadOnly(const std::string& path);
 // Deletes the file. Returns 0, or the system error number.
 int DeleteFile(const std::string& path);
 
+// The folder at the top of a synced folder where runs keep the copies they
+// replaced or deleted, and their journals. A listing never shows a folder of
+// this name, at any depth: it holds no one's files to sync, and a set whose
+// folder lies inside another set's sees the other's the same way.
+constexpr char kKeepFolderName[] = ".pairwell";
+
+// Renames the file or folder, replacing a file of the new name. Returns 0,
+// or the system error number (EXDEV between two file systems).
+int RenameFile(const std::string& from, const std::string& to);
+
+// Gives the file a second name, which must be free. Returns 0, or the
+// system error number (EXDEV between two file systems; EPERM or ENOTSUP
+// where the file system has no such names, as FAT).
+int LinkFile(const std::string& existing, const std::string& new_name);
+
+// Removes the folder when it is empty. Returns 0, or the system error
+// number (ENOTEMPTY while it holds anything).
+int RemoveFolder(const std::string& path);
+
+// Removes the folder and everything below it, never following a link (a
+// link is removed as a name). Returns 0, or the first error met; what could
+// be removed is gone.
+int RemoveTree(const std::string& path);
+
+// What tells a file from another put at the same name later: its full
+// size, modification time, serial number and permission bits.
+struct FileIdentity {
+  std::int64_t size = 0;
+  std::int64_t modified_ns = 0;  // POSIX time in nanoseconds
+  std::uint64_t inode = 0;
+  int mode = 0;  // permission bits
+};
+
+// Looks up the regular file at the path (a final link not followed); false
+// when there is none.
+bool GetFileIdentity(const std::string& path, FileIdentity* identity);
+
+// The permission bits (07777) of the file or folder, a final link not
+// followed; -1 when it cannot be examined.
+int FileMode(const std::string& path);
+
+// Sets the permission bits. Returns 0, or the system error number.
+int SetFileMode(const std::string& path, int mode);
+
 // Sets the file's dates. POSIX keeps no settable creation time, so only the
 // modify date is set, when it is above 0; then false when the file cannot be
 // opened for writing. With only a creation date nothing is set and the

@@ -71,12 +71,18 @@ EntryState StateOf(const std::string& path) {
   return state;
 }
 
+// The folder's own files: the copies runs keep in its versions area are
+// looked at by the tests of undo.
 TreeState Snapshot(const std::string& root) {
   TreeState tree;
   tree["."] = StateOf(root);
-  for (const auto& entry :
-       std::filesystem::recursive_directory_iterator(root)) {
-    const std::string path = entry.path().string();
+  for (auto it = std::filesystem::recursive_directory_iterator(root);
+       it != std::filesystem::recursive_directory_iterator(); ++it) {
+    if (it->path().filename() == ".pairwell") {
+      it.disable_recursion_pending();
+      continue;
+    }
+    const std::string path = it->path().string();
     tree[path.substr(root.size() + 1)] = StateOf(path);
   }
   return tree;
@@ -151,17 +157,6 @@ bool LooksLikeSyncDate(const std::string& text) {
     if (!ok) return false;
   }
   return true;
-}
-
-// Lines of out that start with prefix, in order.
-std::vector<std::string> LinesStartingWith(const std::string& out,
-                                           const std::string& prefix) {
-  std::vector<std::string> found;
-  std::istringstream lines(out);
-  for (std::string line; std::getline(lines, line);) {
-    if (line.rfind(prefix, 0) == 0) found.push_back(line);
-  }
-  return found;
 }
 
 // Makes a folder immutable (chattr +i) while the object lives: the tests run
@@ -349,7 +344,12 @@ TEST_F(CliTest, PlanJsonDescribesFilesAndCopies) {
   EXPECT_NE(r.out.find("\"stats\":{\"files\":1,\"needConfirmation\":0,"
                        "\"autoHandled\":1,\"text\":\"1 conflicts "
                        "(automatically handled), 1 actions queued, 1 files "
-                       "total\"},\"warnings\":[]}\n"),
+                       "total\"},\"kept\":{\"versionDays\":30,"
+                       "\"archiveDeleted\":false,\"archiveOverwritten\":false,"
+                       "\"archivePath\":\"SyncLog.txt\",\"text\":\"Replaced and "
+                       "deleted copies are kept for 30 days in .pairwell/versions "
+                       "in each folder; a run can be undone.\"},"
+                       "\"warnings\":[]}\n"),
             std::string::npos)
       << r.out;
 }
@@ -600,10 +600,12 @@ class FailingCopyTest : public CliTest {
   }
   void TearDown() override { guard_.reset(); }
 
+  // Replacements and deletions final: B could not hold the copies kept
+  // otherwise, and the run would stop at its start.
   std::string Sets() {
-    return SetOver(
-        "Three", {"A", "B", "C"},
-        "UseLogFile=True\r\nLogFileName=" + dir_.Join("sync.log") + "\r\n");
+    return SetOver("Three", {"A", "B", "C"},
+                   "UseLogFile=True\r\nLogFileName=" + dir_.Join("sync.log") +
+                       "\r\nVersionDays=0\r\n");
   }
 
   std::unique_ptr<Immutable> guard_;

@@ -64,6 +64,9 @@ class ParallelCopiesTest : public ::testing::TestWithParam<int> {
     set_.Name = "Docs";
     set_.SetLog(&log_);
     set_.SetRunState(&run_state_);
+    // The operations themselves, with deletions and replacements final:
+    // keeping the old copies has tests of its own.
+    set_.VersionDays = 0;
     set_.SetCopyThreads(GetParam());
   }
   ~ParallelCopiesTest() override { log_.CloseLog(); }

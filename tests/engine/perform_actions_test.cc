@@ -139,6 +139,9 @@ class PerformActionsTest : public ::testing::Test {
     set_.Name = "Docs";
     set_.SetLog(&log_);
     set_.SetRunState(&run_state_);
+    // The operations themselves, with deletions and replacements final:
+    // keeping the old copies has tests of its own.
+    set_.VersionDays = 0;
   }
 
   ~PerformActionsTest() override { log_.CloseLog(); }

@@ -93,6 +93,9 @@ class RunSafetyTest : public ::testing::Test {
     set_.Name = "Docs";
     set_.SetLog(&log_);
     set_.SetRunState(&program_.Run());
+    // The operations themselves, with deletions and replacements final:
+    // keeping the old copies has tests of its own.
+    set_.VersionDays = 0;
     EXPECT_TRUE(catalogue_file_.LoadFile(std::string(PAIRWELL_SOURCE_DIR) +
                                          "/data/Pairwell.ini"));
     catalogue_ = catalogue_file_.Section("Conflict Types");
@@ -723,6 +726,7 @@ TEST_F(RunSafetyTest, TimeZoneChangeBetweenRunsDoesNotDeleteANewFile) {
   later.Name = "Docs";
   later.SetLog(&log_);
   later.SetRunState(&program_.Run());
+  later.VersionDays = 0;
   later.ReadConflictInfo(*catalogue_);
   later.ReadFromINI(saved);
   // Read as the same moment: 17 hours earlier on the clock (to the second).

@@ -106,11 +106,16 @@ std::string DescribeEntry(const TreeEntry& entry) {
   return text.str();
 }
 
+bool InVersionsArea(const std::string& name) {
+  return name == ".pairwell" || name.compare(0, 10, ".pairwell/") == 0;
+}
+
 std::map<std::string, TreeEntry> SnapshotTree(const std::string& root) {
   std::map<std::string, TreeEntry> tree;
   for (const std::string& name : RelativeNamesUnder(root)) {
     TreeEntry entry;
-    if (!IsPartialCopy(name) && ReadEntry(root + "/" + name, &entry)) {
+    if (!IsPartialCopy(name) && !InVersionsArea(name) &&
+        ReadEntry(root + "/" + name, &entry)) {
       tree[name] = entry;
     }
   }
@@ -119,8 +124,14 @@ std::map<std::string, TreeEntry> SnapshotTree(const std::string& root) {
 
 std::vector<std::string> TreeDifferences(const std::string& left,
                                          const std::string& right) {
-  const std::map<std::string, TreeEntry> a = SnapshotTree(left);
-  const std::map<std::string, TreeEntry> b = SnapshotTree(right);
+  return SnapshotDifferences(SnapshotTree(left), SnapshotTree(right), left,
+                             right);
+}
+
+std::vector<std::string> SnapshotDifferences(
+    const std::map<std::string, TreeEntry>& a,
+    const std::map<std::string, TreeEntry>& b, const std::string& left,
+    const std::string& right) {
   std::vector<std::string> differences;
   for (const auto& [name, entry] : a) {
     const auto other = b.find(name);

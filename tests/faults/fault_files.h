@@ -53,8 +53,11 @@ bool ReadEntry(const std::string& path, TreeEntry* entry);
 // "<size> bytes dated <seconds> mode 0<octal>", for messages.
 std::string DescribeEntry(const TreeEntry& entry);
 
+// Whether the relative name lies in the area where runs keep old copies.
+bool InVersionsArea(const std::string& name);
+
 // Relative path -> entry for everything under root, leftover temporary
-// copies left out.
+// copies and the versions area left out.
 std::map<std::string, TreeEntry> SnapshotTree(const std::string& root);
 
 // How two trees differ: missing and extra entries, and files whose bytes,
@@ -62,6 +65,11 @@ std::map<std::string, TreeEntry> SnapshotTree(const std::string& root);
 // Folder dates are not compared: each folder is written at its own moment.
 std::vector<std::string> TreeDifferences(const std::string& left,
                                          const std::string& right);
+// The same for two snapshots, named left and right in the differences.
+std::vector<std::string> SnapshotDifferences(
+    const std::map<std::string, TreeEntry>& a,
+    const std::map<std::string, TreeEntry>& b, const std::string& left,
+    const std::string& right);
 
 // The names of the leftover temporary copies anywhere under root, relative.
 std::vector<std::string> PartialCopiesUnder(const std::string& root);

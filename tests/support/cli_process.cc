@@ -112,4 +112,14 @@ KillOutcome RunAndKillAfter(const std::vector<std::string>& argv,
   return outcome;
 }
 
+std::vector<std::string> LinesStartingWith(const std::string& out,
+                                           const std::string& prefix) {
+  std::vector<std::string> found;
+  std::istringstream lines(out);
+  for (std::string line; std::getline(lines, line);) {
+    if (line.rfind(prefix, 0) == 0) found.push_back(line);
+  }
+  return found;
+}
+
 }  // namespace pairwell

@@ -37,6 +37,10 @@ struct KillOutcome {
 pid_t SpawnProcess(const std::vector<std::string>& argv,
                    const posix_spawn_file_actions_t& actions);
 
+// The lines of a program's output that start with prefix, in order.
+std::vector<std::string> LinesStartingWith(const std::string& out,
+                                           const std::string& prefix);
+
 // The whole content of a file; "" when it cannot be read.
 std::string ReadOutput(const std::string& path);
 

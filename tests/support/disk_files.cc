@@ -68,7 +68,9 @@ std::vector<std::string> Entries(const std::string& folder) {
   if (dir == nullptr) return names;
   while (const struct dirent* entry = readdir(dir)) {
     const std::string name = entry->d_name;
-    if (name != "." && name != "..") names.push_back(name);
+    if (name != "." && name != ".." && name != ".pairwell") {
+      names.push_back(name);
+    }
   }
   closedir(dir);
   std::sort(names.begin(), names.end());

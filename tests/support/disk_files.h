@@ -45,7 +45,8 @@ std::ostream& operator<<(std::ostream& out, const FileState& state);
 // The file's state; an empty state when it is missing.
 FileState StateOf(const std::string& path);
 
-// The folder's entries ("." and ".." left out), sorted.
+// The folder's entries ("." and ".." left out, and the area where runs
+// keep old copies), sorted.
 std::vector<std::string> Entries(const std::string& folder);
 
 // The names in the folder that an unfinished copy would leave.
