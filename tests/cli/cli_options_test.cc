@@ -25,6 +25,26 @@ TEST(CliOptionsTest, PlanWithIniAndJson) {
   EXPECT_EQ(options.sets, std::vector<std::string>{"Docs"});
 }
 
+TEST(CliOptionsTest, HistoryAndUndoTakeTheirOptions) {
+  std::string problem;
+  const CliOptions history = Parse({"history", "--json", "Docs"}, &problem);
+  EXPECT_EQ(problem, "");
+  EXPECT_EQ(history.command, "history");
+  EXPECT_TRUE(history.json);
+  const CliOptions undo = Parse(
+      {"undo", "--run", "20261125-043012", "--simulate", "--force", "Docs"},
+      &problem);
+  EXPECT_EQ(problem, "");
+  EXPECT_EQ(undo.command, "undo");
+  EXPECT_EQ(undo.run_id, "20261125-043012");
+  EXPECT_TRUE(undo.simulate);
+  EXPECT_TRUE(undo.force);
+  EXPECT_EQ(undo.sets, std::vector<std::string>{"Docs"});
+  EXPECT_EQ(Parse({"undo", "--run=x", "Docs"}, &problem).run_id, "x");
+  EXPECT_NE(UsageText().find("undo [--run ID] [--simulate] [--force] SET"),
+            std::string::npos);
+}
+
 TEST(CliOptionsTest, IniWithEqualsAndList) {
   std::string problem;
   const CliOptions options = Parse({"--ini=a.ini", "list"}, &problem);
@@ -57,6 +77,12 @@ TEST(CliOptionsTest, UsageErrorsSayWhatIsWrong) {
       {{"list", "--json"}, "unknown option '--json' for list"},
       {{"plan", "--progress", "a"}, "unknown option '--progress' for plan"},
       {{"list", "--quiet"}, "unknown option '--quiet' for list"},
+      {{"history"}, "history takes exactly one set"},
+      {{"undo", "a", "b"}, "undo takes exactly one set"},
+      {{"undo", "--run"}, "--run needs a run id"},
+      {{"undo", "--run=", "a"}, "--run needs a run id"},
+      {{"history", "--force", "a"}, "unknown option '--force' for history"},
+      {{"sync", "--run", "x", "a"}, "unknown option '--run' for sync"},
   };
   for (const auto& c : kCases) {
     std::string problem;
