@@ -158,6 +158,40 @@ long RunUndo::WorkCount(bool force) const {
   return work;
 }
 
+std::string RunUndo::Summary(bool force) const {
+  long files = 0;
+  long folders = 0;
+  for (const Item& item : items_) {
+    if (item.state == Item::State::kNothing ||
+        (item.state == Item::State::kChanged && !force)) {
+      continue;
+    }
+    const bool folder = item.action == Item::Action::kRemoveFolder ||
+                        item.action == Item::Action::kMakeFolder;
+    ++(folder ? folders : files);
+  }
+  const long changed = ChangedCount();
+  if (files + folders == 0 && changed == 0) {
+    return "Nothing is left to undo: the files of this run are as they were "
+           "before it.";
+  }
+  std::string text = "Undoing this run puts back " + std::to_string(files) +
+                     (files == 1 ? " file" : " files");
+  if (folders > 0) {
+    text += " and " + std::to_string(folders) +
+            (folders == 1 ? " folder" : " folders");
+  }
+  if (changed == 0) return text + ".";
+  if (force) {
+    return text + "; " + std::to_string(changed) +
+           " of them changed since the run: their present content is kept.";
+  }
+  return text + "; " + std::to_string(changed) +
+         (changed == 1 ? " changed since the run and is left"
+                       : " changed since the run and are left") +
+         " unless you tick the box below.";
+}
+
 std::string RunUndo::Describe(const Item& item, bool force) const {
   if (item.state == Item::State::kChanged && !force) {
     return "Leave " + item.path + ": it changed since the run";

@@ -58,6 +58,10 @@ class RunUndo {
   long ChangedCount() const;
   // Items with something to do (changed ones only when forced).
   long WorkCount(bool force) const;
+  // What undoing the run does, in a sentence: "Undoing this run puts back
+  // 8 files and 6 folders; 1 changed since the run and is left unless you
+  // tick the box below."
+  std::string Summary(bool force) const;
   // One line saying what the item will do, or why it is left.
   std::string Describe(const Item& item, bool force) const;
 

@@ -2,7 +2,7 @@
 // on a demo configuration in a temporary folder, into PNG files in OUT_DIR
 // (scripts/screenshots.sh runs it under a virtual X server). Message boxes
 // are answered for the person; the interactive run goes on through the
-// confirm window.
+// confirm window, and the undo window then lists that run.
 #include <QAction>
 #include <QApplication>
 #include <QDateTime>
@@ -203,6 +203,14 @@ int Run() {
   if (front_end.ProgressWindow() != nullptr) {
     Shot(*front_end.ProgressWindow(), "LogForm-done");
   }
+
+  // The run just made can be undone; a copy it made is edited afterwards,
+  // so that the steps show one the undo leaves.
+  Put(QDir(dir.path()).filePath(QStringLiteral("Backup/notes/ideas.txt")),
+      "edited after the run", 0);
+  ShotModal("UndoForm", [&form] {
+    form.findChild<QAction*>(QStringLiteral("mnuUndoRun"))->trigger();
+  });
   return 0;
 }
 

@@ -33,6 +33,7 @@
 #include "ui/help_pages.h"
 #include "ui/qt_front_end.h"
 #include "ui/run/about_form.h"
+#include "ui/run/undo_form.h"
 #include "util/text.h"
 #include "util/user_interface.h"
 
@@ -247,6 +248,8 @@ void SyncForm::CreateMenus() {
           });
   connect(item(mnu_file_, "mnuExitWOSave", "Exit &Without Saving", nullptr),
           &QAction::triggered, this, [this] { ExitProgram(false); });
+  separator(mnu_file_, "mnuFileS3");
+  item(mnu_file_, "mnuUndoRun", "&Undo a Run...", &SyncForm::UndoRun);
 
   mnu_sync_sets_ =
       Named(menuBar()->addMenu(QStringLiteral("&Sync Sets")), "mnuSyncSets");
@@ -804,6 +807,13 @@ void SyncForm::SynchronizeMulti() {
   std::vector<Synchronizer*> sets;
   for (const int i : chosen) sets.push_back(&program_.SyncSets().Item(i));
   RunSets(sets, false);
+}
+
+void SyncForm::UndoRun() {
+  // The runs are looked up in the folders the window shows.
+  SaveControlsToSet();
+  UndoForm form(program_, *cur_set_, this);
+  form.Run();
 }
 
 void SyncForm::ShowOptions() {

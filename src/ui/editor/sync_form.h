@@ -141,6 +141,8 @@ class SyncForm final : public QMainWindow {
   void ShowOptions();
   void ShowCROptions();
   void RunSets(const std::vector<Synchronizer*>& sets, bool interactive);
+  // Lets the person put back a run of the current set.
+  void UndoRun();
   void ShowAbout();
   void ShowHelp(const QString& page);
 

@@ -162,6 +162,7 @@ void ConfirmForm::CreateControls() {
   stats_txt_ = NewTextLabel(
       QStringLiteral("StatsTxt"),
       QStringLiteral("546 Files, 64 Conflicts, bla bla bla"), this);
+  kept_txt_ = NewTextLabel(QStringLiteral("KeptTxt"), QString(), this);
   selected_fn_txt_ = NewTextLabel(QStringLiteral("SelectedFNTxt"),
                                   QStringLiteral("Folder/File.ext"), this);
   conflict_descr_txt_ = NewTextLabel(
@@ -240,9 +241,13 @@ void ConfirmForm::CreateControls() {
                             QStringLiteral("Continue with Sync"), this);
 
   // Layouts keep the margins as the window is resized.
-  auto* filter_row = new QHBoxLayout;
-  filter_row->addWidget(show_mode_);
-  filter_row->addWidget(stats_txt_, 1);
+  // What becomes of the copies the run replaces or deletes sits under the
+  // statistics, where the person reads what the run is about to do.
+  auto* filter_row = new QGridLayout;
+  filter_row->addWidget(show_mode_, 0, 0);
+  filter_row->addWidget(stats_txt_, 0, 1);
+  filter_row->addWidget(kept_txt_, 1, 1);
+  filter_row->setColumnStretch(1, 1);
 
   auto* actions = new QGridLayout;
   actions->addWidget(action_txt_, 0, 0, 1, 2);
@@ -347,6 +352,7 @@ void ConfirmForm::FormLoad() {
   FillFolderList();
   FillFileList();
   UpdateStats(true);
+  kept_txt_->setText(Q(KeptCopiesText(set_)));
   setWindowTitle(QStringLiteral("Confirm/Refine Sync Actions - [") +
                  Q(set_.Name) + QStringLiteral("]"));
 }

@@ -115,6 +115,7 @@ class ConfirmForm final : public QDialog {
   QTreeView* file_list_ = nullptr;
   QComboBox* show_mode_ = nullptr;
   QLabel* stats_txt_ = nullptr;
+  QLabel* kept_txt_ = nullptr;
   QLabel* selected_fn_txt_ = nullptr;
   QLabel* conflict_descr_txt_ = nullptr;
   QTreeWidget* folder_list_ = nullptr;
