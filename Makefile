@@ -5,7 +5,7 @@ FUZZ_DIR ?= build-fuzz
 FUZZ_SECONDS ?= 30
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps build run test package fuzz screenshots bench-scan bench-copy bench-ini bench-confirm clean
+.PHONY: all deps build run test package fuzz screenshots bench-scan bench-copy bench-undo bench-ini bench-confirm clean
 
 all: build
 
@@ -55,6 +55,12 @@ bench-scan: build
 # WORKLOADS ("small files large") and PAIRWELL_COPY_THREADS pass through.
 bench-copy: build
 	bench/copy/run.sh $(BUILD_DIR)
+
+# What keeping the replaced and deleted copies costs a run (VersionDays=0
+# against the default), and an undo against the run it puts back. RUNS and
+# WORKLOADS ("replace delete undo") pass through.
+bench-undo: build
+	bench/undo/run.sh $(BUILD_DIR)
 
 # Loading a configuration of 10,000 and 100,000 sets (linear growth).
 bench-ini: build
