@@ -6,9 +6,10 @@
 #
 # The image is a loop device with direct I/O (no second page cache in
 # between) and requests cut to 16 KiB, so that every read and write of the
-# image reaches the real disk in small pieces, as on a USB stick: a disk
-# much slower than the one the main benchmark uses. The sources stay on the
-# ordinary disk. Before each timed run the destination goes, `sync`, and the
+# image reaches the real disk in small pieces, as a USB stick takes them.
+# It is no slower disk where the disk under it is fast: a machine without an
+# I/O throttle (cgroup io.max, device-mapper delay) cannot make one. The
+# sources stay on the ordinary disk. Before each timed run the destination goes, `sync`, and the
 # page cache is dropped (all outside the clock).
 #
 # Needs root (loop devices, mount, drop_caches); says so and stops without.
