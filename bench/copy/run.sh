@@ -224,17 +224,18 @@ time_runs() {
   printf '  %-9s %s s   (then sync: %s s)\n' "$1:" "${times[*]}" "${syncs[*]}"
 }
 
-# verify: the pairwell destination holds exactly the source.
+# verify: the pairwell destination holds exactly the source, beside the
+# run's own versions area (its journal of the copies it created).
 verify() {
   local what="$1"
-  if ! diff -rq "$src" "$dst" >/dev/null; then
+  if ! diff -rq --exclude=.pairwell "$src" "$dst" >/dev/null; then
     echo "  VERIFY FAILED ($what): contents differ"; verified=no; return
   fi
   # A folder's own date is not kept (its entries change it): folders are
   # compared by name and mode.
   local fmt=(-mindepth 1 \( -type d -printf '%P d %m\n' \) -o -printf '%P %y %s %m %T@\n')
   (cd "$src" && find . "${fmt[@]}" | sort) >"$work/src.list"
-  (cd "$dst" && find . "${fmt[@]}" | sort) >"$work/dst.list"
+  (cd "$dst" && find . -path ./.pairwell -prune -o "${fmt[@]}" | sort) >"$work/dst.list"
   if ! cmp -s "$work/src.list" "$work/dst.list"; then
     echo "  VERIFY FAILED ($what): names, sizes, modes or dates differ"
     diff "$work/src.list" "$work/dst.list" | head -5

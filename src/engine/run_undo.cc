@@ -147,17 +147,6 @@ long RunUndo::ChangedCount() const {
   return changed;
 }
 
-long RunUndo::WorkCount(bool force) const {
-  long work = 0;
-  for (const Item& item : items_) {
-    if (item.state == Item::State::kReady ||
-        (force && item.state == Item::State::kChanged)) {
-      ++work;
-    }
-  }
-  return work;
-}
-
 std::string RunUndo::Summary(bool force) const {
   long files = 0;
   long folders = 0;

@@ -56,8 +56,6 @@ class RunUndo {
   const std::vector<Item>& Items() const { return items_; }
   // Files that changed since the run.
   long ChangedCount() const;
-  // Items with something to do (changed ones only when forced).
-  long WorkCount(bool force) const;
   // What undoing the run does, in a sentence: "Undoing this run puts back
   // 8 files and 6 folders; 1 changed since the run and is left unless you
   // tick the box below."
