@@ -27,3 +27,15 @@ ensure_cli() {
   [ "${build_type:-?}" = Release ] ||
     echo "Note: $build is a ${build_type:-unknown} build, not Release"
 }
+
+# Sets $work: the folder given (made when missing, kept at the end), or a
+# fresh one under /tmp named after the benchmark, removed when it ends.
+use_work_dir() {
+  if [ -n "$1" ]; then
+    mkdir -p "$1"
+    work="$(cd "$1" && pwd)"
+  else
+    work="$(mktemp -d "/tmp/pairwell-bench-$2.XXXXXX")"
+    trap 'rm -rf "$work"' EXIT
+  fi
+}

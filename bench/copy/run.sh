@@ -63,16 +63,9 @@ else
   threads_used=default
   unset PAIRWELL_COPY_THREADS
 fi
-if [ -n "${2:-}" ]; then
-  mkdir -p "$2"
-  work="$(cd "$2" && pwd)"
-else
-  work="$(mktemp -d /tmp/pairwell-bench-copy.XXXXXX)"
-  trap 'rm -rf "$work"' EXIT
-fi
-
 # shellcheck source=../common.sh
 source "$root/bench/common.sh"
+use_work_dir "${2:-}" copy
 command -v rsync >/dev/null || apt_install rsync
 command -v python3 >/dev/null || apt_install python3
 

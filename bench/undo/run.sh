@@ -75,16 +75,9 @@ for w in $workloads; do
 done
 runs="${RUNS:-5}"
 [[ "$runs" =~ ^[1-9][0-9]*$ ]] || { echo "RUNS must be a positive number" >&2; exit 2; }
-if [ -n "${2:-}" ]; then
-  mkdir -p "$2"
-  work="$(cd "$2" && pwd)"
-else
-  work="$(mktemp -d /tmp/pairwell-bench-undo.XXXXXX)"
-  trap 'rm -rf "$work"' EXIT
-fi
-
 # shellcheck source=../common.sh
 source "$root/bench/common.sh"
+use_work_dir "${2:-}" undo
 command -v python3 >/dev/null || apt_install python3
 
 ensure_cli
