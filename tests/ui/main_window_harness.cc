@@ -1,6 +1,10 @@
 #include "ui/main_window_harness.h"
 
 #include <QFile>
+#include <QStyle>
+#include <QStyleOptionViewItem>
+#include <QStyledItemDelegate>
+#include <QtTest>
 #include <algorithm>
 
 namespace pairwell {
@@ -58,6 +62,40 @@ MainWindowHarness::~MainWindowHarness() {
 void MainWindowHarness::SelectRow(int r) {
   Folders()->setCurrentItem(Row(r));
   emit Folders()->itemClicked(Row(r), 0);
+}
+
+namespace {
+
+// A view's item as its delegate paints it, for the rectangles of its parts.
+class ItemOption final : public QStyledItemDelegate {
+ public:
+  QStyleOptionViewItem Of(const QAbstractItemView& view,
+                          const QModelIndex& index) const {
+    QStyleOptionViewItem option;
+    option.initFrom(view.viewport());
+    option.widget = &view;
+    option.rect = view.visualRect(index);
+    initStyleOption(&option, index);
+    return option;
+  }
+};
+
+}  // namespace
+
+void MainWindowHarness::ClickRow(int r) {
+  QTreeWidget* list = Folders();
+  const QRect cell = list->visualRect(list->model()->index(r - 1, 1));
+  QTest::mouseClick(list->viewport(), Qt::LeftButton, {}, cell.center());
+}
+
+void MainWindowHarness::ClickCheckBox(int r) {
+  QTreeWidget* list = Folders();
+  const QStyleOptionViewItem option =
+      ItemOption().Of(*list, list->model()->index(r - 1, 0));
+  const QRect box = list->style()->subElementRect(
+      QStyle::SE_ItemViewItemCheckIndicator, &option, list);
+  QTest::mousePress(list->viewport(), Qt::LeftButton, {}, box.center());
+  QTest::mouseRelease(list->viewport(), Qt::LeftButton, {}, box.center());
 }
 
 QStringList MainWindowHarness::SetMenuTexts() {

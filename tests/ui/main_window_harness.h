@@ -61,6 +61,11 @@ class MainWindowHarness {
   int Tag(int r) { return Row(r)->data(0, Qt::UserRole).toInt(); }
   // Makes row r current and clicks it.
   void SelectRow(int r);
+  // A person's click (press and release) on row r's "Type" cell, and on
+  // row r's check box where the view's style draws it. The window must be
+  // shown.
+  void ClickRow(int r);
+  void ClickCheckBox(int r);
   // The set-list menu's captions 1..N, and the entry that carries the check.
   QStringList SetMenuTexts();
   int CheckedSetMenuEntry();

@@ -315,6 +315,112 @@ class SyncFormTest : public QObject {
     QCOMPARE(h.Tag(1), 0);
   }
 
+  // --- The folder list under the mouse and the keyboard
+  // -------------------------
+
+  void ClickingAnotherRowsBoxChangesOnlyThatRow() {
+    MainWindowHarness h(SetSection("S", {"/A", "/B", "/C"}, {4 | 8, 4 | 1, 4}) +
+                        SetSection("T", {"/x", "/y"}));
+    h.form().show();
+    QVERIFY(QTest::qWaitForWindowExposed(&h.form()));
+    h.ClickRow(1);
+    QVERIFY(h.Row(1)->isSelected());
+    QCheckBox* enable = h.Find<QCheckBox>("FolderEnable");
+    QVERIFY(enable->isChecked());
+
+    h.ClickCheckBox(2);
+    QCOMPARE(h.Row(2)->checkState(0), Qt::Unchecked);
+    QCOMPARE(h.Tag(2), 1);
+    // The selected row and the controls that show it are untouched.
+    QCOMPARE(h.Tag(1), 4 | 8);
+    QCOMPARE(h.Row(1)->checkState(0), Qt::Checked);
+    QVERIFY(h.Row(1)->isSelected());
+    QVERIFY(!h.Row(2)->isSelected());
+    QVERIFY(enable->isChecked());
+    QVERIFY(h.Find<QCheckBox>("FolderCreateBase")->isChecked());
+    QCOMPARE(h.Find<QComboBox>("FolderType")->currentIndex(), 0);
+
+    h.ClickCheckBox(3);
+    QCOMPARE(h.Tag(3), 0);
+    h.ClickCheckBox(2);
+    QCOMPARE(h.Row(2)->checkState(0), Qt::Checked);
+    QCOMPARE(h.Tag(2), 4 | 1);
+    QCOMPARE(h.Tag(1), 4 | 8);
+
+    QTest::mouseClick(h.Find<QToolButton>("NextSetBtn"), Qt::LeftButton);
+    const Synchronizer& set = h.program().SyncSets().Item(1);
+    QCOMPARE(set.PathFlags(1), 4 | 8);
+    QCOMPARE(set.PathFlags(2), 4 | 1);
+    QCOMPARE(set.PathFlags(3), 0);
+  }
+
+  void ClickingTheSelectedRowsBoxKeepsEnableInStep() {
+    MainWindowHarness h(SetSection("S", {"/A", "/B", "/C"}, {4 | 8, 4, 4}));
+    h.form().show();
+    QVERIFY(QTest::qWaitForWindowExposed(&h.form()));
+    h.ClickRow(2);
+    h.ClickRow(1);
+    QCheckBox* enable = h.Find<QCheckBox>("FolderEnable");
+    h.ClickCheckBox(1);
+    QCOMPARE(h.Row(1)->checkState(0), Qt::Unchecked);
+    QVERIFY(!enable->isChecked());
+    QVERIFY(!h.Find<QComboBox>("FolderType")->isEnabled());
+    QVERIFY(!h.Find<QCheckBox>("FolderCreateBase")->isEnabled());
+    QCOMPARE(h.Tag(1), 8);
+    QCOMPARE(h.Tag(2), 4);
+    h.ClickCheckBox(1);
+    QCOMPARE(h.Row(1)->checkState(0), Qt::Checked);
+    QVERIFY(enable->isChecked());
+    QVERIFY(h.Find<QCheckBox>("FolderCreateBase")->isEnabled());
+    QCOMPARE(h.Tag(1), 4 | 8);
+    // And the Enable box ticks the row's box back and forth.
+    QTest::mouseClick(enable, Qt::LeftButton);
+    QCOMPARE(h.Row(1)->checkState(0), Qt::Unchecked);
+    QTest::mouseClick(enable, Qt::LeftButton);
+    QCOMPARE(h.Row(1)->checkState(0), Qt::Checked);
+    QCOMPARE(h.Tag(1), 4 | 8);
+  }
+
+  void ClickingARowShowsItsFlags() {
+    MainWindowHarness h(SetSection("S", {"/A", "/B", "/C"}, {4, 2, 4 | 1 | 8}));
+    h.form().show();
+    QVERIFY(QTest::qWaitForWindowExposed(&h.form()));
+    h.ClickRow(3);
+    QCOMPARE(h.Find<QComboBox>("FolderType")->currentIndex(), 1);
+    QVERIFY(h.Find<QCheckBox>("FolderCreateBase")->isChecked());
+    h.ClickRow(2);
+    QVERIFY(!h.Find<QCheckBox>("FolderEnable")->isChecked());
+    QCOMPARE(h.Find<QComboBox>("FolderType")->currentIndex(), 2);
+    // Showing a row's flags stores nothing into any other row.
+    QCOMPARE(h.Tag(1), 4);
+    QCOMPARE(h.Tag(2), 2);
+    QCOMPARE(h.Tag(3), 4 | 1 | 8);
+  }
+
+  void SpaceTicksTheSelectedRowsBox() {
+    MainWindowHarness h(SetSection("S", {"/A", "/B", "/C"}, {4 | 8, 4 | 2, 4}));
+    h.form().show();
+    QVERIFY(QTest::qWaitForWindowExposed(&h.form()));
+    h.ClickRow(1);
+    QTreeWidget* list = h.Folders();
+    list->setFocus();
+    QTest::keyClick(list, Qt::Key_Down);
+    QVERIFY(h.Row(2)->isSelected());
+    QCOMPARE(h.Find<QComboBox>("FolderType")->currentIndex(), 2);
+    QCheckBox* enable = h.Find<QCheckBox>("FolderEnable");
+    QTest::keyClick(list, Qt::Key_Space);
+    QCOMPARE(h.Row(2)->checkState(0), Qt::Unchecked);
+    QVERIFY(!enable->isChecked());
+    QCOMPARE(h.Tag(2), 2);
+    QCOMPARE(h.Tag(1), 4 | 8);
+    QCOMPARE(h.Row(1)->checkState(0), Qt::Checked);
+    QTest::keyClick(list, Qt::Key_Space);
+    QCOMPARE(h.Row(2)->checkState(0), Qt::Checked);
+    QVERIFY(enable->isChecked());
+    QCOMPARE(h.Tag(2), 4 | 2);
+    QCOMPARE(h.Tag(1), 4 | 8);
+  }
+
   void BothTypeBitsShowAsMirror() {
     MainWindowHarness h(SetSection("S", {"/A", "/B"}, {4, 4 | 1 | 2}));
     QCOMPARE(h.Row(2)->text(1), QStringLiteral("Mirror to"));

@@ -9,6 +9,7 @@
 #include <QHeaderView>
 #include <QIcon>
 #include <QInputDialog>
+#include <QItemSelectionModel>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -299,6 +300,15 @@ void SyncForm::ConnectControls() {
           &SyncForm::OnSelectionMoved);
   connect(folders_, &QTreeWidget::itemChanged, this,
           &SyncForm::OnFolderChanged);
+  // The row's box lives in its first column: keeping the current cell there
+  // lets Space tick it wherever in the row the person clicked.
+  connect(folders_->selectionModel(), &QItemSelectionModel::currentChanged,
+          this, [this](const QModelIndex& current) {
+            if (current.isValid() && current.column() != 0) {
+              folders_->selectionModel()->setCurrentIndex(
+                  current.siblingAtColumn(0), QItemSelectionModel::NoUpdate);
+            }
+          });
   for (QCheckBox* box :
        {folder_enable_, folder_create_base_, folder_skip_on_error_}) {
     connect(box, &QCheckBox::toggled, this, [this] { StoreFolderControls(); });
@@ -667,7 +677,9 @@ void SyncForm::StoreFolderControls() {
 }
 
 void SyncForm::OnFolderClicked(QTreeWidgetItem* item) {
-  if (item == nullptr || updating_) return;
+  // A click on another row's check box leaves the selection where it was;
+  // showing that row's flags would store them into the selected row.
+  if (item == nullptr || updating_ || item != SelectedFolder()) return;
   FlagsToControls(TagOf(*item));
   AutoEnable();
 }
