@@ -185,7 +185,10 @@ class LogFormTest : public QObject {
   void StatusShowsMarkupAsPlainText();
   void ResizeStretchesTheLogBox();
   void ShrinkingBelowTheBoxCornerKeepsItsSize();
-  void ProgressBarIsIdleOutsideActions();
+  void ProgressBarIsHiddenOutsideActions();
+  void TheBarsRowStaysWhenItIsHidden();
+  void FinishedRunShowsAFullBarWithoutATick();
+  void StoppedRunKeepsTheBarWhereItStopped();
   void ProgressBarCountsFilesDone();
   void ProgressBarFollowsARealRun();
   void ProgressBarCountsTheBytesToCopy();
@@ -646,19 +649,84 @@ void LogFormTest::ShrinkingBelowTheBoxCornerKeepsItsSize() {
   QCOMPARE(box->geometry(), before);
 }
 
-void LogFormTest::ProgressBarIsIdleOutsideActions() {
+void LogFormTest::ProgressBarIsHiddenOutsideActions() {
   Fixture f;
   QProgressBar* bar = f.Bar();
-  QVERIFY(bar->isVisibleTo(f.form));
+  QVERIFY(!bar->isVisibleTo(f.form));
   f.FirstPhase();
   f.Tick();
-  QVERIFY(bar->value() < bar->minimum());
-  QVERIFY(bar->text().isEmpty());
-  // Busy with no files: idle too, not a running indicator.
+  QVERIFY(!bar->isVisibleTo(f.form));
+  // Busy with no files (an undo): hidden too, not an empty box.
   f.Busy();
   f.Tick();
-  QVERIFY(bar->maximum() > bar->minimum());
-  QVERIFY(bar->value() < bar->minimum());
+  QVERIFY(!bar->isVisibleTo(f.form));
+}
+
+void LogFormTest::TheBarsRowStaysWhenItIsHidden() {
+  pairwell::TempDir dir;
+  Fixture f;
+  ShowWindow(f);
+  const QRect box = f.LogText()->geometry();
+  MakeRun(dir, f, {"1.txt"});
+  f.ui.on_events = [&] { f.Tick(); };
+  f.Busy();
+  f.set->PerformActions();
+  f.ui.on_events = nullptr;
+  QVERIFY(f.Bar()->isVisibleTo(f.form));
+  QCOMPARE(f.Bar()->text(), QString("1 of 1 file"));
+  QTest::qWait(10);
+  QCOMPARE(f.LogText()->geometry(), box);
+  f.set->FreeSyncData();
+}
+
+void LogFormTest::FinishedRunShowsAFullBarWithoutATick() {
+  // The actions end and the run with them before the timer comes round:
+  // the bar still shows them done, not an empty box.
+  pairwell::TempDir dir;
+  Fixture f;
+  MakeRun(dir, f, {"1.txt", "2.txt", "3.txt"});
+  CopyEveryFile(f);
+  // The front end's own window, which the run's status reaches.
+  f.ui.ShowProgress("Sync Status - x");
+  QPointer<pairwell::LogForm> shown = f.ui.ProgressWindow();
+  QVERIFY(shown);
+  shown->findChild<QTimer*>("Timer")->stop();
+  f.Busy();
+  f.set->PerformActions();
+  f.set->FreeSyncData();
+  f.RunEnded();
+  QProgressBar* bar = shown->findChild<QProgressBar*>("ProgressBar");
+  QVERIFY(bar->isVisibleTo(shown));
+  QCOMPARE(bar->value(), bar->maximum());
+  QCOMPARE(bar->text(), QString("100% - 15 B of 15 B"));
+  QVERIFY(shown->findChild<QLabel*>("RateTxt")->text().isEmpty());
+  shown->Unload();
+  f.Settle();
+}
+
+void LogFormTest::StoppedRunKeepsTheBarWhereItStopped() {
+  pairwell::TempDir dir;
+  Fixture f;
+  MakeRun(dir, f, {"1.txt", "2.txt", "3.txt", "4.txt"});
+  int events = 0;
+  f.ui.on_events = [&] {
+    f.Tick();
+    // Stopped while the third file is at hand.
+    if (f.set->CurrentAction() == 3 && ++events == 1) f.set->StopFlag = true;
+  };
+  f.Busy();
+  f.set->PerformActions();
+  f.ui.on_events = nullptr;
+  f.set->FreeSyncData();
+  f.RunEnded();
+  f.Tick();
+  QVERIFY(f.Bar()->isVisibleTo(f.form));
+  QCOMPARE(f.Bar()->text(), QString("2 of 4 files"));
+  // A new run in the same window hides it until its own actions.
+  f.set->StopFlag = false;
+  f.FirstPhase();
+  f.Tick();
+  QVERIFY(!f.Bar()->isVisibleTo(f.form));
 }
 
 void LogFormTest::ProgressBarCountsFilesDone() {
@@ -670,7 +738,7 @@ void LogFormTest::ProgressBarCountsFilesDone() {
   MakeRun(dir, f, {"1.txt", "2.txt", "3.txt", "4.txt"});
   QCOMPARE(f.set->WFileCount(), 4L);
   f.Tick();
-  QVERIFY(bar->value() < bar->minimum());
+  QVERIFY(!bar->isVisibleTo(f.form));
 
   std::vector<int> values;
   std::vector<int> maxima;
@@ -684,14 +752,15 @@ void LogFormTest::ProgressBarCountsFilesDone() {
   f.ui.on_events = nullptr;
   QVERIFY(!maxima.empty());
   for (int m : maxima) QCOMPARE(m, 4);
-  // The file being worked on is not done yet; after the last one the
-  // engine still reports it as current.
-  QCOMPARE(Distinct(values), (std::vector<int>{0, 1, 2, 3}));
-  QCOMPARE(bar->text(), QString("3 of 4 files"));
+  // The file being worked on is not done yet; all four are once the
+  // actions are over.
+  QCOMPARE(Distinct(values), (std::vector<int>{0, 1, 2, 3, 4}));
+  QCOMPARE(bar->text(), QString("4 of 4 files"));
+  f.set->FreeSyncData();
   f.RunEnded();
   f.Tick();
-  QVERIFY(bar->value() < bar->minimum());
-  f.set->FreeSyncData();
+  QVERIFY(bar->isVisibleTo(f.form));
+  QCOMPARE(bar->text(), QString("4 of 4 files"));
 }
 
 void LogFormTest::ProgressBarFollowsARealRun() {
@@ -711,7 +780,7 @@ void LogFormTest::ProgressBarFollowsARealRun() {
   f.Busy();
   f.set->PerformActions();
   f.ui.on_events = nullptr;
-  QCOMPARE(Distinct(values), (std::vector<int>{0, 1, 2}));
+  QCOMPARE(Distinct(values), (std::vector<int>{0, 1, 2, 3}));
   for (const QString& b : buttons) QCOMPARE(b, QString("Abort"));
   f.set->FreeSyncData();
 }
@@ -752,12 +821,13 @@ void LogFormTest::ProgressBarCountsTheBytesToCopy() {
   QCOMPARE(rates.front(), QString("0 of 4 copies"));
   QVERIFY(std::find(rates.begin(), rates.end(), QString("2 of 4 copies")) !=
           rates.end());
-  // The run ended: idle again, the rate gone.
+  // The run ended: the bar full, the rate gone.
+  QCOMPARE(texts.back(), QString("100% - 20 B of 20 B"));
+  f.set->FreeSyncData();
   f.RunEnded();
   f.Tick();
-  QVERIFY(f.Bar()->value() < f.Bar()->minimum());
+  QCOMPARE(f.Bar()->text(), QString("100% - 20 B of 20 B"));
   QVERIFY(f.RateText().isEmpty());
-  f.set->FreeSyncData();
 }
 
 void LogFormTest::LargeFileShowsItsOwnProgress() {

@@ -1,18 +1,20 @@
 // Whole runs started from the main window on real folders: the files
 // copied, the log pane, the window locked meanwhile, and a stop from the
 // progress window in the middle of a long copy.
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QTreeView>
 #include <QTimer>
+#include <QTreeView>
 #include <QtTest>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <string>
 #include <vector>
 
@@ -92,6 +94,12 @@ class WindowRunTest : public QObject {
              qPrintable(log));
     QVERIFY2(log.contains(QStringLiteral("Sync actions completed - ")),
              qPrintable(log));
+    // The run is shown done, not as an empty bar.
+    auto* bar =
+        progress->findChild<QProgressBar*>(QStringLiteral("ProgressBar"));
+    QVERIFY(bar->isVisible());
+    QCOMPARE(bar->value(), bar->maximum());
+    QCOMPARE(bar->text(), QStringLiteral("100% - 11 B of 11 B"));
     // The window keeps its sets in memory until the program exits.
     QVERIFY(h.program().SyncSets().Item(1).LastSyncDate > 0);
     QCOMPARE(ReadAll(h.ini_path()), ini_before);

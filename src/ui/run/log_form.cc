@@ -26,6 +26,7 @@
 #include "engine/synchronizer.h"
 #include "engine/transfer_rate.h"
 #include "util/system.h"
+#include "util/text.h"
 #include "util/user_interface.h"
 
 namespace pairwell {
@@ -105,10 +106,6 @@ LogForm::LogForm(Program& program, QWidget* parent)
 
   progress_bar_ = new QProgressBar(this);
   progress_bar_->setObjectName("ProgressBar");
-  progress_bar_->setFormat("%v of %m files");
-  progress_bar_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
-  progress_bar_->setRange(0, 1);
-  progress_bar_->reset();
 
   rate_txt_ = new QLabel(this);
   rate_txt_->setObjectName("RateTxt");
@@ -117,12 +114,14 @@ LogForm::LogForm(Program& program, QWidget* parent)
 
   file_progress_bar_ = new QProgressBar(this);
   file_progress_bar_->setObjectName("FileProgressBar");
-  file_progress_bar_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Fixed);
   file_progress_bar_->setRange(0, kBarSteps);
-  // Its row stays when it is hidden, so that the log box never moves.
-  QSizePolicy keep_room = file_progress_bar_->sizePolicy();
+  // The bars show only while there is progress to show; their rows stay
+  // when they are hidden, so that the log box never moves.
+  QSizePolicy keep_room(QSizePolicy::Ignored, QSizePolicy::Fixed);
   keep_room.setRetainSizeWhenHidden(true);
+  progress_bar_->setSizePolicy(keep_room);
   file_progress_bar_->setSizePolicy(keep_room);
+  progress_bar_->hide();
   file_progress_bar_->hide();
 
   log_text_ = new QPlainTextEdit(this);
@@ -168,7 +167,12 @@ LogForm::LogForm(Program& program, QWidget* parent)
 
 LogForm::~LogForm() = default;
 
-void LogForm::SetStatus(const QString& text) { status_ = text; }
+void LogForm::SetStatus(const QString& text) {
+  status_ = text;
+  // The status that ends the actions may come with no tick after it before
+  // the run is over: the bar shows their outcome now.
+  RefreshProgress();
+}
 
 LogEchoTarget* LogForm::Echo() { return echo_.get(); }
 
@@ -228,22 +232,21 @@ void LogForm::OnTimer() {
 void LogForm::RefreshProgress() {
   const RunState& run = program_.Run();
   const Synchronizer* set = run.current_set;
-  if (!run.busy || set == nullptr || set->WFileCount() <= 0) {
-    ShowIdle();
+  // Between runs the bar keeps what the last actions came to.
+  if (set == nullptr) return;
+  if (!run.busy || set->WFileCount() <= 0) {
+    HideProgress();
     return;
   }
   const SyncProgress& progress = set->Progress();
-  if (!progress.performing || !ShowBytes(progress)) ShowFiles(*set);
+  if (!ShowBytes(progress)) ShowFiles(*set, progress);
+  progress_bar_->show();
   ShowRate(progress);
   ShowFileProgress(progress);
 }
 
-void LogForm::ShowIdle() {
-  // Empty and without text (a zero range would animate instead).
-  if (progress_bar_->maximum() != 1) progress_bar_->setRange(0, 1);
-  if (progress_bar_->value() != progress_bar_->minimum() - 1) {
-    progress_bar_->reset();
-  }
+void LogForm::HideProgress() {
+  progress_bar_->hide();
   rate_.Reset();
   rate_txt_->clear();
   file_progress_bar_->hide();
@@ -275,15 +278,17 @@ bool LogForm::ShowBytes(const SyncProgress& progress) {
   return true;
 }
 
-void LogForm::ShowFiles(const Synchronizer& set) {
+void LogForm::ShowFiles(const Synchronizer& set, const SyncProgress& progress) {
   const long count = std::min<long>(set.WFileCount(), INT_MAX);
-  // CurrentAction is the file being worked on now: those before it are done.
-  const long done = std::clamp<long>(set.CurrentAction() - 1, 0, count);
+  // CurrentAction is the file being worked on now: those before it are
+  // done, and all of them once the actions are over without a stop.
+  long done = set.CurrentAction() - 1;
+  if (!progress.performing && !set.StopFlag) done = count;
   if (progress_bar_->maximum() != count) {
     progress_bar_->setRange(0, static_cast<int>(count));
   }
-  progress_bar_->setFormat("%v of %m files");
-  progress_bar_->setValue(static_cast<int>(done));
+  progress_bar_->setFormat(count == 1 ? "%v of %m file" : "%v of %m files");
+  progress_bar_->setValue(static_cast<int>(std::clamp<long>(done, 0, count)));
 }
 
 void LogForm::ShowRate(const SyncProgress& progress) {
@@ -292,8 +297,9 @@ void LogForm::ShowRate(const SyncProgress& progress) {
     return;
   }
   rate_.Add(progress.bytes_done, TickCount());
-  QString text = QString::number(progress.files_done) + " of " +
-                 QString::number(progress.files_total) + " copies";
+  QString text =
+      QString::number(progress.files_done) + " of " +
+      QString::fromStdString(CountText(progress.files_total, "copy", "copies"));
   const std::string speed = SpeedText(rate_.BytesPerSecond());
   const std::string left = TimeLeftText(
       rate_.SecondsLeft(progress.bytes_total - progress.bytes_done));

@@ -4,7 +4,8 @@
 // The window never drives the run. A 50 ms timer reads the run flags and the
 // current set and refreshes the status line, the button caption and the
 // progress bar; the window's only influence on the run is the current set's
-// StopFlag.
+// StopFlag. The bar shows while a set performs its actions and stays, as
+// they ended, once the run is over.
 #ifndef PAIRWELL_UI_RUN_LOG_FORM_H_
 #define PAIRWELL_UI_RUN_LOG_FORM_H_
 
@@ -74,8 +75,9 @@ class LogForm final : public QWidget {
   // The bar over the bytes to copy; false when there are none.
   bool ShowBytes(const SyncProgress& progress);
   // The bar over the files of the list, as far as the actions have come.
-  void ShowFiles(const Synchronizer& set);
-  void ShowIdle();
+  void ShowFiles(const Synchronizer& set, const SyncProgress& progress);
+  // No actions are performed: scanning, confirming, undoing.
+  void HideProgress();
   void ShowRate(const SyncProgress& progress);
   void ShowFileProgress(const SyncProgress& progress);
   // Stretches the log box to the right and bottom edges; a dimension that
