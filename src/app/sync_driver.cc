@@ -37,9 +37,11 @@ void AdvanceLastSyncDate(Synchronizer& set) {
     set.MarkSynchronized();
     return;
   }
-  set.TheLog().PrintL("The last synchronization date stays as it was: ", failed,
-                      " operations failed and ", incomplete,
-                      " files are not in every source folder yet.");
+  set.TheLog().PrintL("The last synchronization date stays as it was: ",
+                      CountText(failed, "operation", "operations"),
+                      " failed and ",
+                      CountText(incomplete, "file is", "files are"),
+                      " not in every source folder yet.");
 }
 
 // Whether the set may go on to its actions when they would delete most of a

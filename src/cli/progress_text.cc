@@ -3,6 +3,7 @@
 #include "cli/line_text.h"
 #include "engine/sync_progress.h"
 #include "engine/transfer_rate.h"
+#include "util/text.h"
 
 namespace pairwell {
 
@@ -17,7 +18,7 @@ constexpr char kNameGap[] = "  ";
 std::string ProgressText(const SyncProgress& progress, double speed,
                          double seconds_left, std::size_t columns) {
   std::string text = std::to_string(progress.files_done) + "/" +
-                     std::to_string(progress.files_total) + " files, " +
+                     CountText(progress.files_total, "file", "files") + ", " +
                      ByteCountText(progress.bytes_done) + "/" +
                      ByteCountText(progress.bytes_total) + " (" +
                      std::to_string(progress.PartsDone(100)) + "%)";

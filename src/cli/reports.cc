@@ -90,8 +90,7 @@ std::string SetListText(const SyncSetList& sets) {
   for (int i = 1; i <= sets.Count(); ++i) {
     const Synchronizer& set = sets.Item(i);
     text += std::to_string(i) + "  " + set.Name + "  (" +
-            std::to_string(set.PathCount()) +
-            (set.PathCount() == 1 ? " folder)\n" : " folders)\n");
+            CountText(set.PathCount(), "folder", "folders") + ")\n";
     for (int j = 1; j <= set.PathCount(); ++j) {
       text += "    " + std::to_string(j) + "  " +
               PadRight(FolderTypeName(set.PathFlags(j)), 15) +

@@ -198,8 +198,7 @@ CopyDetails GetCopyDetails(const SyncFile& file, int j) {
 }
 
 std::string KeptCopiesText(const Synchronizer& set) {
-  const std::string days = std::to_string(set.VersionDays) +
-                           (set.VersionDays == 1 ? " day" : " days");
+  const std::string days = CountText(set.VersionDays, "day", "days");
   const std::string versions = "kept for " + days + " in " +
                                std::string(kKeepFolderName) +
                                "/versions in each folder";

@@ -9,6 +9,7 @@
 #include "util/file_system.h"
 #include "util/path.h"
 #include "util/system.h"
+#include "util/text.h"
 #include "util/user_interface.h"
 
 namespace pairwell {
@@ -61,8 +62,8 @@ std::string RunUndo::Load(const std::string& id) {
       return "The run " + id + " of " + set_words +
              " can no longer be undone: the copies it kept were removed on " +
              FormatGeneralDate(FileTimeToDate(pruned_at, 0)) +
-             ", after the set's " + std::to_string(set_.VersionDays) +
-             " days.";
+             ", after the set's " + CountText(set_.VersionDays, "day", "days") +
+             ".";
     }
     return "There is no run " + id + " of " + set_words +
            " (the history of the set lists its runs).";
@@ -164,21 +165,16 @@ std::string RunUndo::Summary(bool force) const {
     return "Nothing is left to undo: the files of this run are as they were "
            "before it.";
   }
-  std::string text = "Undoing this run puts back " + std::to_string(files) +
-                     (files == 1 ? " file" : " files");
-  if (folders > 0) {
-    text += " and " + std::to_string(folders) +
-            (folders == 1 ? " folder" : " folders");
-  }
+  std::string text =
+      "Undoing this run puts back " + CountText(files, "file", "files");
+  if (folders > 0) text += " and " + CountText(folders, "folder", "folders");
   if (changed == 0) return text + ".";
   if (force) {
     return text + "; " + std::to_string(changed) +
            " of them changed since the run: their present content is kept.";
   }
-  return text + "; " + std::to_string(changed) +
-         (changed == 1 ? " changed since the run and is left"
-                       : " changed since the run and are left") +
-         " unless you tick the box below.";
+  return text + "; " + std::to_string(changed) + " changed since the run and " +
+         (changed == 1 ? "is" : "are") + " left unless you tick the box below.";
 }
 
 std::string RunUndo::Describe(const Item& item, bool force) const {

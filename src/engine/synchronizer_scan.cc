@@ -148,8 +148,9 @@ bool Synchronizer::ComputeDefaultActions() {
       const int j = file.DataCopyAtRisk();
       TheLog().PrintL("Needs confirmation: ", file.FullPath(s),
                       " is empty while ", file.FullPath(j),
-                      " of the same date holds ", file.Copy(j).size,
-                      " bytes; an empty copy never replaces one with data "
+                      " of the same date holds ",
+                      CountText(file.Copy(j).size, "byte", "bytes"),
+                      "; an empty copy never replaces one with data "
                       "by itself");
     }
   }

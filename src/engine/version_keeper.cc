@@ -381,7 +381,8 @@ void VersionKeeper::PruneFolder(const std::string& folder,
     }
     log.PrintL("Removing the copies kept by the run ", header.run_id, " of ",
                FormatGeneralDate(FileTimeToDate(header.started, 0)),
-               " (older than ", settings_.keep_days, " days): ", area);
+               " (older than ", CountText(settings_.keep_days, "day", "days"),
+               "): ", area);
     if (simulate) continue;
     AppendFile pruned;
     const std::string record = header.run_id + '\t' + header.set_name + '\t' +

@@ -129,4 +129,8 @@ bool StrToBool(const std::string& text) {
 
 const char* BoolToStr(bool value) { return value ? "True" : "False"; }
 
+std::string CountText(long long count, const char* one, const char* many) {
+  return std::to_string(count) + ' ' + (count == 1 ? one : many);
+}
+
 }  // namespace pairwell

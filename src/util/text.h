@@ -1,5 +1,6 @@
-// Text helpers shared by every layer: trimming, case folding and the
-// number and Boolean conversions the configuration file relies on.
+// Text helpers shared by every layer: trimming, case folding, the number
+// and Boolean conversions the configuration file relies on, and counts in
+// words.
 #ifndef PAIRWELL_UTIL_TEXT_H_
 #define PAIRWELL_UTIL_TEXT_H_
 
@@ -43,6 +44,10 @@ bool StrToBool(const std::string& text);
 
 // "True" or "False", the form in which Booleans are written.
 const char* BoolToStr(bool value);
+
+// The count and the noun that fits it: CountText(1, "file", "files") gives
+// "1 file", CountText(0, ...) "0 files".
+std::string CountText(long long count, const char* one, const char* many);
 
 }  // namespace pairwell
 

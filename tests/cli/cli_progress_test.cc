@@ -238,7 +238,7 @@ TEST_F(CliProgressTest, OfProgressAndQuietTheLastOneCounts) {
   r = RunPiped({"sync", "--quiet", "--progress", "--yes", "Docs"});
   ASSERT_EQ(r.exit_code, 0) << r.err;
   const std::string finished =
-      FinishedLine("1/1 files, 5 B/5 B (100%)", kPipeLineColumns);
+      FinishedLine("1/1 file, 5 B/5 B (100%)", kPipeLineColumns);
   ASSERT_GE(r.err.size(), finished.size()) << r.err;
   EXPECT_EQ(r.err.substr(r.err.size() - finished.size()), finished) << r.err;
 }

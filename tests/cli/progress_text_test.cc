@@ -67,6 +67,13 @@ TEST(ProgressTextTest, WithoutBytesThePercentIsOfTheFiles) {
   EXPECT_EQ(ProgressText(progress, -1, -1, 79), "1/4 files, 0 B/0 B (25%)");
 }
 
+TEST(ProgressTextTest, OneFileIsOneFile) {
+  SyncProgress progress;
+  progress.files_total = 1;
+  progress.bytes_total = 5;
+  EXPECT_EQ(ProgressText(progress, -1, -1, 79), "0/1 file, 0 B/5 B (0%)");
+}
+
 TEST(ProgressTextTest, LongNameIsShortenedInTheMiddleToTheColumns) {
   const std::string name = "photos/" + std::string(100, 'p') + "/holiday.jpg";
   const std::string text = ProgressText(Copying(0, 0, name), -1, -1, 60);

@@ -67,5 +67,13 @@ TEST(TextTest, StrToBoolFollowsTheConfigurationRules) {
   EXPECT_STREQ(BoolToStr(false), "False");
 }
 
+TEST(TextTest, CountTextFitsTheNounToTheCount) {
+  EXPECT_EQ(CountText(0, "file", "files"), "0 files");
+  EXPECT_EQ(CountText(1, "file", "files"), "1 file");
+  EXPECT_EQ(CountText(2, "copy", "copies"), "2 copies");
+  EXPECT_EQ(CountText(-1, "day", "days"), "-1 days");
+  EXPECT_EQ(CountText(10000000000LL, "byte", "bytes"), "10000000000 bytes");
+}
+
 }  // namespace
 }  // namespace pairwell

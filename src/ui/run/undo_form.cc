@@ -17,6 +17,7 @@
 #include "engine/run_undo.h"
 #include "engine/synchronizer.h"
 #include "ui/run/undo_preview_model.h"
+#include "util/text.h"
 #include "util/user_interface.h"
 
 namespace pairwell {
@@ -33,11 +34,6 @@ template <typename T>
 T* Named(T* widget, const char* name) {
   widget->setObjectName(QString::fromLatin1(name));
   return widget;
-}
-
-// "1 file", "2 files".
-std::string Files(long count) {
-  return std::to_string(count) + (count == 1 ? " file" : " files");
 }
 
 // The run's kind, and how it ended when it did not end well.
@@ -246,7 +242,7 @@ bool UndoForm::Run() {
 void UndoForm::ReportLeftFiles(const std::string& problem, long left) {
   std::string text = problem.empty() ? std::string() : problem + "\n\n";
   if (left > 0) {
-    text += Files(left) + (left == 1 ? " was" : " were") + " left as " +
+    text += CountText(left, "file was", "files were") + " left as " +
             (left == 1 ? "it was" : "they were") + ": the log lists " +
             (left == 1 ? "it" : "them") + " and why.";
   } else {
