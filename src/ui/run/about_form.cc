@@ -54,6 +54,7 @@ QFrame* MakeLine(QWidget* parent) {
 
 AboutForm::AboutForm(QWidget* parent)
     : QDialog(parent), sys_info_tools_(DefaultSysInfoTools()) {
+  setObjectName(QStringLiteral("AboutForm"));
   setWindowTitle(QStringLiteral("[About]"));
   setWindowFlag(Qt::WindowContextHelpButtonHint, false);
 

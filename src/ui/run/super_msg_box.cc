@@ -15,6 +15,7 @@ namespace pairwell {
 
 SuperMsgBox::SuperMsgBox(QWidget* parent)
     : QDialog(parent), text_(new QLabel(this)) {
+  setObjectName(QStringLiteral("SuperMsgBox"));
   setWindowTitle(QStringLiteral("Message Box"));
   // A fixed box: no resize grip, no help button in the title bar.
   setWindowFlag(Qt::WindowContextHelpButtonHint, false);
