@@ -12,7 +12,8 @@
 namespace pairwell {
 
 // Attribute bits. Read-only is set when the owner may not write; hidden for
-// names that start with "."; system and archive are never set here.
+// names that start with "."; system and archive are never set here. On
+// Windows all four are the file system's own (the same bit values).
 constexpr std::uint16_t kAttrReadOnly = 1;
 constexpr std::uint16_t kAttrHidden = 2;
 constexpr std::uint16_t kAttrSystem = 4;
@@ -218,7 +219,8 @@ int SetFileMode(const std::string& path, int mode);
 // Sets the file's dates. POSIX keeps no settable creation time, so only the
 // modify date is set, when it is above 0; then false when the file cannot be
 // opened for writing. With only a creation date nothing is set and the
-// result tells whether the file exists.
+// result tells whether the file exists. Windows sets the creation date too,
+// when it is above 0.
 bool SetCreationTime(const std::string& path, double create_date,
                      double modify_date = 0);
 

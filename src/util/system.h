@@ -18,15 +18,26 @@ std::string ExecutableFolder();
 // The value of an environment variable; empty when it is not set.
 std::string EnvironmentValue(const char* name);
 
+// Sets an environment variable for this process and the programs it starts.
+// Returns 0, or the system error number.
+int SetEnvironmentValue(const char* name, const std::string& value);
+
 // The person's home folder: $HOME, else the account's home; empty when
 // neither is known.
 std::string HomeFolder();
 
 // The folders where programs keep a person's configuration and their state
 // (logs): $XDG_CONFIG_HOME and $XDG_STATE_HOME when they hold absolute
-// paths, else ~/.config and ~/.local/state. Empty when no home is known.
+// paths, else ~/.config and ~/.local/state; on Windows %APPDATA% and
+// %LOCALAPPDATA%, else the shell's folders of those. Empty when no home is
+// known.
 std::string UserConfigFolder();
 std::string UserStateFolder();
+
+// The name a program's own folder takes inside UserConfigFolder() and
+// UserStateFolder(): in lower case where those folders hold lower-case
+// names (POSIX: "pairwell"), as given on Windows ("Pairwell").
+std::string UserFolderName(const std::string& program);
 
 // Milliseconds from a fixed point in the past, never going back.
 std::uint64_t TickCount();

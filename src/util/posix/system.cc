@@ -1,5 +1,6 @@
 #include "util/system.h"
 
+#include <errno.h>
 #include <limits.h>
 #include <pwd.h>
 #include <string.h>
@@ -39,6 +40,10 @@ std::string EnvironmentValue(const char* name) {
   return value == nullptr ? std::string() : value;
 }
 
+int SetEnvironmentValue(const char* name, const std::string& value) {
+  return setenv(name, value.c_str(), 1) == 0 ? 0 : errno;
+}
+
 std::string HomeFolder() {
   const std::string home = EnvironmentValue("HOME");
   if (!home.empty()) return home;
@@ -72,6 +77,14 @@ std::string UserConfigFolder() {
 
 std::string UserStateFolder() {
   return XdgFolder("XDG_STATE_HOME", ".local/state");
+}
+
+std::string UserFolderName(const std::string& program) {
+  std::string name = program;
+  for (char& c : name) {
+    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
+  }
+  return name;
 }
 
 std::uint64_t TickCount() {
