@@ -1,5 +1,7 @@
 // Path text routines. Both "/" and "\" count as slashes wherever a path is
-// tested for one; paths are joined with the platform's own separator.
+// tested for one; paths are joined with "/" on every system, so that a
+// file's relative name, its journal lines and the logs read the same on
+// Windows (whose calls take either) as on POSIX.
 #ifndef PAIRWELL_UTIL_PATH_H_
 #define PAIRWELL_UTIL_PATH_H_
 
@@ -7,11 +9,7 @@
 
 namespace pairwell {
 
-#ifdef _WIN32
-constexpr char kPathSeparator = '\\';
-#else
 constexpr char kPathSeparator = '/';
-#endif
 
 // True for "/" and "\".
 bool IsSlash(char c);
