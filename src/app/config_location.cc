@@ -9,7 +9,13 @@ namespace pairwell {
 
 namespace {
 
-constexpr char kProgramFolder[] = "pairwell";
+constexpr char kProgramName[] = "Pairwell";
+// Where an install keeps what it ships: share/pairwell under its prefix.
+constexpr char kSharedFolder[] = "share/pairwell";
+
+// The program's folder under the person's configuration and state folders:
+// "pairwell" on POSIX, "Pairwell" on Windows.
+std::string ProgramFolder() { return UserFolderName(kProgramName); }
 
 std::string PortableConfigPath() {
   return CombinePath(ExecutableFolder(), kIniFileName);
@@ -19,7 +25,7 @@ std::string UserConfigPath() {
   const std::string base = UserConfigFolder();
   // With no home at all, the file is looked for where a build keeps it.
   if (base.empty()) return PortableConfigPath();
-  return CombinePath(CombinePath(base, kProgramFolder), kIniFileName);
+  return CombinePath(CombinePath(base, ProgramFolder()), kIniFileName);
 }
 
 std::string ParentFolder(const std::string& path) {
@@ -63,13 +69,12 @@ std::string LogFolder() {
   if (FindConfigPlace() != ConfigPlace::kUser || state.empty()) {
     return ConfigFolder();
   }
-  return CombinePath(state, kProgramFolder);
+  return CombinePath(state, ProgramFolder());
 }
 
 std::string SharedDataFolder() {
   const std::string bin = ExecutableFolder();
-  const std::string installed =
-      CombinePath(ParentFolder(bin), std::string("share/") + kProgramFolder);
+  const std::string installed = CombinePath(ParentFolder(bin), kSharedFolder);
   return FolderExists(installed) ? installed : bin;
 }
 

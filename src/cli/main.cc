@@ -1,7 +1,6 @@
 // pairwell-cli: the headless front end.
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <string>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "cli/output_buffer.h"
 #include "cli/reports.h"
 #include "engine/run_undo.h"
+#include "util/system.h"
 #include "util/terminal.h"
 
 namespace pairwell {
@@ -40,7 +40,7 @@ int RunPlan(Program& program, const CliOptions& options) {
   }
   if (!out.Flush()) {
     std::fprintf(stderr, "pairwell-cli: the plan could not be written: %s\n",
-                 std::strerror(out.error_number()));
+                 ErrorText(out.error_number()).c_str());
     return kExitFailed;
   }
   return kExitOk;
@@ -71,13 +71,13 @@ bool ResolveSets(Program& program, const CliOptions& options,
 // (for measuring; the default suits most disks). False, after saying why,
 // when it is no count from 1 to 64.
 bool CopyThreadsFromEnvironment(int* threads) {
-  const char* given = std::getenv("PAIRWELL_COPY_THREADS");
-  if (given == nullptr || *given == '\0') return true;
+  const std::string given = EnvironmentValue("PAIRWELL_COPY_THREADS");
+  if (given.empty()) return true;
   char* end = nullptr;
-  const long count = std::strtol(given, &end, 10);
+  const long count = std::strtol(given.c_str(), &end, 10);
   if (*end != '\0' || count < 1 || count > 64) {
     UsageError("PAIRWELL_COPY_THREADS must be a number from 1 to 64, not '" +
-               std::string(given) + "'");
+               given + "'");
     return false;
   }
   *threads = static_cast<int>(count);
@@ -119,7 +119,7 @@ int RunHistory(Program& program, const CliOptions& options) {
   }
   if (!out.Flush()) {
     std::fprintf(stderr, "pairwell-cli: the history could not be written: %s\n",
-                 std::strerror(out.error_number()));
+                 ErrorText(out.error_number()).c_str());
     return kExitFailed;
   }
   return kExitOk;
@@ -166,7 +166,7 @@ int Run(const CliOptions& options) {
     return kExitOk;
   }
   if (!options.ini_path.empty()) {
-    setenv(kIniPathVariable, options.ini_path.c_str(), 1);
+    SetEnvironmentValue(kIniPathVariable, options.ini_path);
   }
   ConsoleOptions console;
   if (options.command == "sync" || options.command == "undo") {
@@ -196,7 +196,8 @@ int Run(const CliOptions& options) {
 }  // namespace pairwell
 
 int main(int argc, char** argv) {
-  const std::vector<std::string> args(argv + 1, argv + argc);
+  pairwell::UseUtf8Console();
+  const std::vector<std::string> args = pairwell::ProgramArguments(argc, argv);
   pairwell::CliOptions options;
   const std::string problem = pairwell::ParseCliOptions(args, &options);
   if (!problem.empty()) return pairwell::UsageError(problem);

@@ -36,7 +36,7 @@ void LogFile::OpenLog() {
   if (IsOpen() || path_.empty()) return;
   const bool overwrite = (LogFlags & kLogOverwrite) != 0;
   if (overwrite && EchoTextBox != nullptr) EchoTextBox->ClearText();
-  file_ = std::fopen(FullPath().c_str(), overwrite ? "wb" : "ab");
+  file_ = OpenFile(FullPath(), overwrite ? "wb" : "ab");
   if (file_ == nullptr) {
     MsgBox("Couldn't open log file: " + FullPath() +
                "\nDescription: " + ErrorText(errno),

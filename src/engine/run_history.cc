@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <fstream>
 #include <map>
+#include <sstream>
 
 #include "engine/version_keeper.h"
 #include "util/file_system.h"
 #include "util/path.h"
+#include "util/text_file.h"
 
 namespace pairwell {
 
@@ -95,7 +96,11 @@ bool FindPrunedRun(const std::vector<std::string>& folders,
                    const std::string& set_name, const std::string& run_id,
                    std::int64_t* pruned_at) {
   for (const std::string& folder : folders) {
-    std::ifstream in(JoinPath(VersionsFolder(folder), "pruned"));
+    std::string text;
+    int error_number = 0;
+    ReadTextFile(JoinPath(VersionsFolder(folder), "pruned"), &text,
+                 &error_number);
+    std::istringstream in(text);
     std::string line;
     // "run <tab> set <tab> when", a line per pruned run.
     while (std::getline(in, line)) {

@@ -3,7 +3,9 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
+#include <sstream>
+
+#include "util/text_file.h"
 
 namespace pairwell {
 
@@ -179,11 +181,13 @@ bool ParseHeaderLine(const std::vector<std::string>& fields,
 // Reads the file line by line: the header, then (with content) the steps.
 bool ReadJournal(const std::string& path, JournalHeader* header,
                  JournalContent* content, std::string* problem) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
+  std::string text;
+  int error_number = 0;
+  if (!ReadTextFile(path, &text, &error_number)) {
     *problem = "cannot be read";
     return false;
   }
+  std::istringstream in(text);
   std::string line;
   if (!std::getline(in, line) || line != kFirstLine) {
     *problem = "is not a run journal";

@@ -504,13 +504,23 @@ void SyncFile::WriteCopy(int s, int d) {
 }
 
 void SyncFile::FinishCopy(int s, int d) {
-  // The copy keeps the source's modification time and permissions; only the
-  // creation date is left, which POSIX cannot set.
+  // The copy keeps the source's modification time and permissions; the
+  // creation date is left (POSIX cannot set one), and on Windows the
+  // archive attribute.
   const std::string dest = FullPath(d);
   if (owner_->MatchCDateOnCopy && !SetCreationTime(dest, Copy(s).create_date)) {
     owner_->TheLog().PrintErrL("Error setting creation time of ", dest);
   }
-  // There is no archive attribute to clear here (ClearArchiveOnCopy).
+  if (owner_->ClearArchiveOnCopy) {
+    for (int j : {d, s}) {
+      if (ClearArchiveAttribute(FullPath(j)) != 0) {
+        owner_->TheLog().PrintErrL("Error clearing the archive attribute of ",
+                                   FullPath(j));
+      } else {
+        MutableCopy(j).attributes &= ~kAttrArchive;
+      }
+    }
+  }
   MutableCopy(d) = Copy(s);
 }
 

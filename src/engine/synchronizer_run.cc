@@ -17,9 +17,10 @@
 namespace pairwell {
 
 int Synchronizer::ErrorPolicy(const std::string& message, int error_number) {
-  const std::string code = " (code " + std::to_string(error_number) + ")";
+  const std::string number = std::to_string(SystemErrorCode(error_number));
+  const std::string code = " (code " + number + ")";
   const std::shared_ptr<const INIFileSection>& table = Run().error_handling;
-  const std::string key = "Code" + std::to_string(error_number);
+  const std::string key = "Code" + number;
   if (table && table->FindVarIndex(key) > 0) {
     const std::string value = LTrim(table->FindVar(key));
     const char first = value.empty() ? ' ' : UpperChar(value[0]);

@@ -5,6 +5,7 @@
 #define PAIRWELL_UTIL_FILE_SYSTEM_H_
 
 #include <cstdint>
+#include <cstdio>
 #include <functional>
 #include <string>
 #include <vector>
@@ -44,6 +45,11 @@ struct LeftOutEntry {
   bool error = false;
   double modify_date = 0;  // local day count; 0 when it could not be read
 };
+
+// Opens the file as std::fopen does, the path taken as UTF-8 on every
+// system (Windows' fopen would read it in the local code page). Null on
+// failure, with errno set.
+std::FILE* OpenFile(const std::string& path, const char* mode);
 
 // Paths reach the system as C strings, where a NUL byte would end them
 // early: "/a/b\0/c" would name "/a/b". Every routine here refuses such a
@@ -168,6 +174,11 @@ std::uint64_t FileSystemId(const std::string& path);
 // Clears the read-only attribute (gives the owner write permission).
 // Returns 0, or the system error number.
 int ClearReadOnly(const std::string& path);
+
+// Clears the archive attribute, which Windows sets on every change of a
+// file for backup programs to see. POSIX keeps none: nothing to do there.
+// Returns 0, or the system error number.
+int ClearArchiveAttribute(const std::string& path);
 
 // Deletes the file. Returns 0, or the system error number.
 int DeleteFile(const std::string& path);

@@ -4,12 +4,24 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace pairwell {
 
 // The system's message for an error number (errno); "The reason for the
 // failure is unknown." when there is none.
 std::string ErrorText(int error_number);
+
+// The program's arguments after its own name, in UTF-8: argv as it comes
+// on POSIX; on Windows read again from the wide command line, since argv
+// holds them in the local code page, where most names do not fit.
+std::vector<std::string> ProgramArguments(int argc, char** argv);
+
+// The number the system itself gives the error that error_number stands
+// for, as a person looks it up and as the "ErrorHandling" table is keyed:
+// errno on POSIX, the Windows error code (5 for access denied, 32 for a file
+// another program holds open) on Windows.
+int SystemErrorCode(int error_number);
 
 // The folder holding the running executable, without a trailing slash;
 // empty when the system cannot tell.

@@ -18,6 +18,11 @@ int TerminalWidth(std::FILE* stream);
 // what one writes lands among what the other writes.
 bool SameOutput(std::FILE* a, std::FILE* b);
 
+// Makes a console show the UTF-8 text the program writes as it is (the
+// Windows console reads bytes in its own code page otherwise). Nothing to
+// do on POSIX terminals.
+void UseUtf8Console();
+
 }  // namespace pairwell
 
 #endif  // PAIRWELL_UTIL_TERMINAL_H_

@@ -498,6 +498,10 @@ int ClearReadOnly(const std::string& path) {
   return chmod(path.c_str(), (info.st_mode & 07777) | S_IWUSR) == 0 ? 0 : errno;
 }
 
+int ClearArchiveAttribute(const std::string& path) {
+  return HasNul(path) ? EINVAL : 0;
+}
+
 int DeleteFile(const std::string& path) {
   if (HasNul(path)) return EINVAL;
   return unlink(path.c_str()) == 0 ? 0 : errno;
@@ -653,6 +657,14 @@ int ExecuteFile(const std::string& file_name) {
         kMbExclamation);
   }
   return code;
+}
+
+std::FILE* OpenFile(const std::string& path, const char* mode) {
+  if (HasNul(path)) {
+    errno = EINVAL;
+    return nullptr;
+  }
+  return std::fopen(path.c_str(), mode);
 }
 
 }  // namespace pairwell

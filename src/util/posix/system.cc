@@ -25,6 +25,12 @@ std::string ErrorText(int error_number) {
   return text;
 }
 
+int SystemErrorCode(int error_number) { return error_number; }
+
+std::vector<std::string> ProgramArguments(int argc, char** argv) {
+  return std::vector<std::string>(argv + 1, argv + argc);
+}
+
 std::string ExecutableFolder() {
   char path[PATH_MAX];
   const ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);

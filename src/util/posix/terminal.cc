@@ -24,4 +24,6 @@ bool SameOutput(std::FILE* a, std::FILE* b) {
   return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
+void UseUtf8Console() {}
+
 }  // namespace pairwell

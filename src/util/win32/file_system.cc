@@ -690,6 +690,17 @@ int ClearReadOnly(const std::string& path) {
   return (attributes & FILE_ATTRIBUTE_READONLY) == 0 ? 0 : LastErrno();
 }
 
+int ClearArchiveAttribute(const std::string& path) {
+  std::wstring wide;
+  if (HasNul(path) || !LongPath(path, &wide)) return EINVAL;
+  const DWORD attributes = GetFileAttributesW(wide.c_str());
+  if (attributes == INVALID_FILE_ATTRIBUTES) return LastErrno();
+  if ((attributes & FILE_ATTRIBUTE_ARCHIVE) == 0) return 0;
+  return SetFileAttributesW(wide.c_str(), attributes & ~FILE_ATTRIBUTE_ARCHIVE)
+             ? 0
+             : LastErrno();
+}
+
 int DeleteFile(const std::string& path) {
   std::wstring wide;
   if (HasNul(path) || !LongPath(path, &wide)) return EINVAL;
@@ -889,6 +900,16 @@ int ExecuteFile(const std::string& file_name) {
         kMbExclamation);
   }
   return code;
+}
+
+std::FILE* OpenFile(const std::string& path, const char* mode) {
+  std::wstring wide_path;
+  std::wstring wide_mode;
+  if (!LongPath(path, &wide_path) || !Widen(mode, &wide_mode)) {
+    errno = EINVAL;
+    return nullptr;
+  }
+  return _wfopen(wide_path.c_str(), wide_mode.c_str());
 }
 
 }  // namespace pairwell

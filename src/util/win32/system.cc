@@ -11,6 +11,7 @@
 #include "util/win32/unicode.h"
 #include "util/win32/win32_api.h"
 // After windows.h, which it needs.
+#include <shellapi.h>
 #include <shlobj.h>
 
 namespace pairwell {
@@ -80,6 +81,21 @@ std::string ErrorText(int error_number) {
     return kUnknown;
   }
   return text;
+}
+
+int SystemErrorCode(int error_number) {
+  const unsigned long code = Win32CodeOf(error_number);
+  return code != 0 ? static_cast<int>(code) : error_number;
+}
+
+std::vector<std::string> ProgramArguments(int argc, char** argv) {
+  int count = 0;
+  wchar_t** words = CommandLineToArgvW(GetCommandLineW(), &count);
+  if (words == nullptr) return std::vector<std::string>(argv + 1, argv + argc);
+  std::vector<std::string> args;
+  for (int i = 1; i < count; ++i) args.push_back(NarrowForDisplay(words[i]));
+  LocalFree(words);
+  return args;
 }
 
 std::string ExecutableFolder() {

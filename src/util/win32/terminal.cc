@@ -57,4 +57,9 @@ bool SameOutput(std::FILE* a, std::FILE* b) {
          one.nFileIndexLow == other.nFileIndexLow;
 }
 
+void UseUtf8Console() {
+  SetConsoleOutputCP(CP_UTF8);
+  SetConsoleCP(CP_UTF8);
+}
+
 }  // namespace pairwell
