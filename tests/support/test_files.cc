@@ -196,6 +196,18 @@ void UnsetEnvironmentValue(const std::string& name) {
   _wputenv_s(Widen(name).c_str(), L"");
 }
 
+bool LocalTimeOf(std::time_t seconds, std::tm* local) {
+  return localtime_s(local, &seconds) == 0;
+}
+
+std::int64_t UtcOffsetAt(std::int64_t seconds) {
+  const std::time_t whole = static_cast<std::time_t>(seconds);
+  std::tm local;
+  if (!LocalTimeOf(whole, &local)) return 0;
+  // The local fields read as if they were UTC, less the moment itself.
+  return static_cast<std::int64_t>(_mkgmtime(&local)) - whole;
+}
+
 #else  // POSIX
 
 bool SetModifyTime(const std::string& path, std::int64_t seconds,
@@ -285,6 +297,16 @@ void SetEnvironmentValue(const std::string& name, const std::string& value) {
 }
 
 void UnsetEnvironmentValue(const std::string& name) { unsetenv(name.c_str()); }
+
+bool LocalTimeOf(std::time_t seconds, std::tm* local) {
+  return localtime_r(&seconds, local) != nullptr;
+}
+
+std::int64_t UtcOffsetAt(std::int64_t seconds) {
+  const std::time_t whole = static_cast<std::time_t>(seconds);
+  std::tm local;
+  return LocalTimeOf(whole, &local) ? local.tm_gmtoff : 0;
+}
 
 #endif
 

@@ -1,6 +1,7 @@
 // What tests need from the system beside the program's own file routines,
 // the same on POSIX and Windows: file times, the read-only state and mode,
-// sizes, folders, links and environment variables. Paths are UTF-8; on
+// sizes, folders, links, environment variables and the local time of a
+// moment. Paths are UTF-8; on
 // Windows "/" and "\" both separate.
 //
 // Windows keeps times to 100 ns and of the permission bits only whether the
@@ -10,6 +11,7 @@
 #define PAIRWELL_TESTS_SUPPORT_TEST_FILES_H_
 
 #include <cstdint>
+#include <ctime>
 #include <string>
 
 namespace pairwell {
@@ -83,6 +85,14 @@ int LinkCount(const std::string& path);
 // Sets or removes a variable of the process's environment.
 void SetEnvironmentValue(const std::string& name, const std::string& value);
 void UnsetEnvironmentValue(const std::string& name);
+
+// The moment in the local zone (as TZ names it); false when it cannot be
+// given.
+bool LocalTimeOf(std::time_t seconds, std::tm* local);
+
+// How many seconds the local zone is ahead of UTC at the moment; 0 when it
+// cannot be told.
+std::int64_t UtcOffsetAt(std::int64_t seconds);
 
 }  // namespace pairwell
 
