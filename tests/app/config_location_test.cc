@@ -1,14 +1,16 @@
 // Where the programs look for their configuration, their shipped files and
 // their logs, and the first start that makes a person's configuration.
+#include "app/config_location.h"
+
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
 #include <string>
 
-#include "app/config_location.h"
 #include "support/disk_files.h"
 #include "support/recording_user_interface.h"
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 #include "util/system.h"
 
 namespace pairwell {
@@ -23,16 +25,16 @@ class ScopedVariable {
     had_ = old != nullptr;
     if (had_) old_ = old;
     if (value == nullptr) {
-      unsetenv(name);
+      UnsetEnvironmentValue(name);
     } else {
-      setenv(name, value, 1);
+      SetEnvironmentValue(name, value);
     }
   }
   ~ScopedVariable() {
     if (had_) {
-      setenv(name_, old_.c_str(), 1);
+      SetEnvironmentValue(name_, old_);
     } else {
-      unsetenv(name_);
+      UnsetEnvironmentValue(name_);
     }
   }
   ScopedVariable(const ScopedVariable&) = delete;

@@ -1,10 +1,6 @@
 #include "app/program.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <stdlib.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <ctime>
 #include <string>
@@ -13,6 +9,7 @@
 #include "support/recording_user_interface.h"
 #include "support/temp_dir.h"
 #include "support/test_dates.h"
+#include "support/test_files.h"
 #include "util/date_time.h"
 #include "util/system.h"
 
@@ -26,8 +23,8 @@ constexpr char kMissingCatalogue[] =
 // Start-up against a configuration file in a temporary folder.
 class ProgramTest : public ::testing::Test {
  protected:
-  ProgramTest() { setenv(kIniPathVariable, ini_path().c_str(), 1); }
-  ~ProgramTest() override { unsetenv(kIniPathVariable); }
+  ProgramTest() { SetEnvironmentValue(kIniPathVariable, ini_path()); }
+  ~ProgramTest() override { UnsetEnvironmentValue(kIniPathVariable); }
 
   std::string ini_path() const { return dir_.Join("Pairwell.ini"); }
 
@@ -309,7 +306,7 @@ TEST_F(ProgramTest, MainTellsWhetherTheConfigurationWasComplete) {
   EXPECT_TRUE(program_.Main(""));
   dir_.WriteFile("Pairwell.ini", "[Sec: A]\r\n");
   EXPECT_FALSE(program_.Main(""));
-  unlink(ini_path().c_str());
+  RemoveFile(ini_path());
   EXPECT_FALSE(program_.Main(""));
 }
 
@@ -375,7 +372,7 @@ TEST_F(ProgramTest, NewSyncSetCreatesAnEmptyCatalogueSectionWhenMissing) {
 TEST_F(ProgramTest, SaveFailureThrowsAndKeepsTheOldFile) {
   StartWith("[Conflict Types]\r\n[Sec: A]\r\n");
   const std::string before = dir_.ReadFile("Pairwell.ini");
-  setenv(kIniPathVariable, dir_.Join("no/folder/Pairwell.ini").c_str(), 1);
+  SetEnvironmentValue(kIniPathVariable, dir_.Join("no/folder/Pairwell.ini"));
   EXPECT_THROW(program_.SaveSettings(), std::system_error);
   EXPECT_EQ(dir_.ReadFile("Pairwell.ini"), before);
 }
@@ -400,8 +397,7 @@ TEST_F(ProgramTest, LastSyncDateSurvivesSaveAndLoad) {
 
 // Makes the path's modification time two days old.
 void AgeByTwoDays(const std::string& path) {
-  struct timespec times[2] = {{0, UTIME_OMIT}, {time(nullptr) - 2 * 86400, 0}};
-  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0);
+  ASSERT_TRUE(SetModifyTime(path, time(nullptr) - 2 * 86400));
 }
 
 TEST_F(ProgramTest, ClearLogIfOldKeepsAnOrdinaryLogFile) {
@@ -418,7 +414,7 @@ TEST_F(ProgramTest, ClearLogIfOldKeepsAnOrdinaryLogFile) {
 
 TEST_F(ProgramTest, ClearLogIfOldDoesNothingUnlessAsked) {
   StartWith("[Conflict Types]\r\n[Sec: A]\r\nLogFileName=logdir\r\n");
-  ASSERT_EQ(mkdir(dir_.Join("logdir").c_str(), 0755), 0);
+  ASSERT_TRUE(CreateFolder(dir_.Join("logdir")));
   AgeByTwoDays(dir_.Join("logdir"));
   ClearLogIfOld(program_.SyncSets().Item(1));
   EXPECT_TRUE(dir_.Exists("logdir"));
@@ -428,7 +424,7 @@ TEST_F(ProgramTest, ClearLogIfOldIgnoresTheFailureToDeleteAFolder) {
   StartWith(
       "[Conflict Types]\r\n[Sec: A]\r\nClearLogDaily=True\r\n"
       "LogFileName=logdir\r\n");
-  ASSERT_EQ(mkdir(dir_.Join("logdir").c_str(), 0755), 0);
+  ASSERT_TRUE(CreateFolder(dir_.Join("logdir")));
   dir_.WriteFile("logdir/kept.txt", "x");
   AgeByTwoDays(dir_.Join("logdir"));
   // Found (a folder has a "." entry) and old, but a folder is not a file:
@@ -477,7 +473,7 @@ TEST_F(ProgramTest, SaveLastSyncDatesTellsWhenASetIsGone) {
 
 TEST_F(ProgramTest, SaveLastSyncDatesOfAMissingFileChangesNothing) {
   StartWith("[Conflict Types]\r\n[Sec: Docs]\r\n");
-  unlink(ini_path().c_str());
+  RemoveFile(ini_path());
   program_.SyncSets().Item(1).LastSyncDate = 45000;
   EXPECT_FALSE(program_.SaveLastSyncDates({&program_.SyncSets().Item(1)}));
   EXPECT_FALSE(dir_.Exists("Pairwell.ini"));
@@ -494,8 +490,7 @@ TEST_F(ProgramTest, StartRemovesWhatACrashedSaveLeftBesideTheFile) {
     dir_.WriteFile(name, "half a file");
     const std::time_t when =
         path == recent ? std::time(nullptr) + 600 : std::time(nullptr) - 3600;
-    const struct timespec times[2] = {{when, 0}, {when, 0}};
-    ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
+    ASSERT_TRUE(SetModifyTime(path, when)) << path;
   }
 
   StartWith("[Conflict Types]\r\n");

@@ -1,7 +1,6 @@
 #include "config/ini_file.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -15,6 +14,7 @@
 #include "support/recording_user_interface.h"
 #include "support/section_entries.h"
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 
 namespace pairwell {
 namespace {
@@ -155,11 +155,11 @@ TEST_F(INIFileTest, SaveThenReloadReproducesEverythingInOrder) {
 
 TEST_F(INIFileTest, SaveKeepsTheFilesPermissionBits) {
   Load("[S]\r\n");
-  ASSERT_EQ(chmod(dir_.Join("test.ini").c_str(), 0640), 0);
+  ASSERT_TRUE(SetMode(dir_.Join("test.ini"), 0640));
   ini_.SaveFile(dir_.Join("test.ini"));
-  struct stat info;
-  ASSERT_EQ(stat(dir_.Join("test.ini").c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 0777, 0640u);
+  const int mode = ModeOf(dir_.Join("test.ini"));
+  ASSERT_GE(mode, 0);
+  EXPECT_EQ(mode & 0777, KeptMode(0640));
 }
 
 TEST_F(INIFileTest, AddSectionFindsExistingOrAppends) {
@@ -320,7 +320,7 @@ TEST_F(INIFileTest, ManySectionsAreFoundByNameIgnoringCase) {
 
 TEST_F(INIFileTest, FailedSaveLeavesNoTemporaryFile) {
   Load("[S]\r\nk=old\r\n");
-  ASSERT_EQ(mkdir(dir_.Join("settings.ini").c_str(), 0755), 0);
+  ASSERT_TRUE(CreateFolder(dir_.Join("settings.ini")));
   EXPECT_THROW(ini_.SaveFile(dir_.Join("settings.ini")), std::system_error);
   std::vector<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(dir_.path())) {

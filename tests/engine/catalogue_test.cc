@@ -1,9 +1,7 @@
 // The conflict catalogue shipped in data/Pairwell.ini, run on real folders:
 // for each everyday situation, the default action it gives and whether the
 // person is asked to confirm it.
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <cstdint>
 #include <filesystem>
@@ -22,6 +20,7 @@
 #include "engine/synchronizer.h"
 #include "support/recording_user_interface.h"
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 #include "util/date_time.h"
 
 namespace pairwell {
@@ -61,9 +60,7 @@ class CatalogueTest : public ::testing::Test {
            const std::string& content, std::int64_t seconds) {
     const std::string rel = folder + "/" + name;
     dir_.WriteFile(rel, content);
-    struct timespec times[2] = {{0, UTIME_OMIT},
-                                {static_cast<time_t>(seconds), 0}};
-    ASSERT_EQ(utimensat(AT_FDCWD, dir_.Join(rel).c_str(), times, 0), 0) << rel;
+    ASSERT_TRUE(SetModifyTime(dir_.Join(rel), seconds)) << rel;
   }
 
   void SyncedAt(std::int64_t seconds) {

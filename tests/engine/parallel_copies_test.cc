@@ -208,6 +208,12 @@ TEST_P(ParallelCopiesTest, StopKeepsTheCopiesWhoseTurnCameAndNoOther) {
 // immutable, so its files fail when their turn comes, and only then.
 class FailingFolderTest : public ParallelCopiesTest {
  protected:
+  void SetUp() override {
+#ifdef _WIN32
+    GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
+  }
+
   void LockFolder() { guard_.emplace(b_ + "/d3"); }
   int FirstLockedFile() const { return 3 * kPerFolder; }
   std::string LockedPrompt(int k) const {

@@ -1,15 +1,12 @@
 // Carrying out a run's actions on real folders: copies and deletions, the
 // folders a run creates, simulation mode, the error policy with its
 // "ErrorHandling" table, quiet mode and stop requests.
-#include <dirent.h>
 #include <errno.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
+#ifndef _WIN32
 #include <signal.h>
 #include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/types.h>
-#include <unistd.h>
+#endif
 
 #include <algorithm>
 #include <cstdint>
@@ -35,6 +32,7 @@
 #include "support/recording_user_interface.h"
 #include "support/run_files.h"
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 #include "util/file_system.h"
 #include "util/system.h"
 #include "util/user_interface.h"
@@ -72,11 +70,6 @@ std::string DeleteMessage(const std::string& path) {
   return "Unable to delete the following file:\n\n" + path;
 }
 
-bool IsFolder(const std::string& path) {
-  struct stat st;
-  return stat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-}
-
 std::vector<std::string> Lines(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream in(text);
@@ -94,6 +87,7 @@ std::vector<std::string> LinesStartingWith(const std::string& text,
   return found;
 }
 
+#ifndef _WIN32
 // Lowers the largest file the process may write, so that a copy fails
 // half-way with EFBIG (root is bound by it too). SIGXFSZ is ignored while
 // the limit holds.
@@ -123,6 +117,7 @@ class FileSizeLimit {
   void (*old_handler_)(int) = SIG_DFL;
   bool active_ = false;
 };
+#endif
 
 class PerformActionsTest : public ::testing::Test {
  protected:
@@ -440,6 +435,9 @@ TEST_F(PerformActionsTest, ReadOnlyDestinationIsOverwrittenWithFlagTwo) {
 }
 
 TEST_F(PerformActionsTest, ReadOnlyBitIsClearedBeforeTheCopyIsTried) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   Put(a_ + "/f.txt", "new", kNewTime);
   Put(b_ + "/f.txt", "read-only old", kOldTime, 0, 0444);
   UseFolders(2);
@@ -454,7 +452,7 @@ TEST_F(PerformActionsTest, ReadOnlyBitIsClearedBeforeTheCopyIsTried) {
 
   ASSERT_EQ(ui_.messages.size(), 1u);
   EXPECT_EQ(Read(b_ + "/f.txt"), "read-only old");
-  EXPECT_EQ(StateOf(b_ + "/f.txt").mode, 0644u);
+  EXPECT_EQ(StateOf(b_ + "/f.txt").mode, KeptMode(0644));
 }
 
 // --- Deletions --------------------------------------------------------------
@@ -499,6 +497,9 @@ TEST_F(PerformActionsTest, ReadOnlyCopyIsDeletedOnlyWithFlagSixteen) {
 }
 
 TEST_F(PerformActionsTest, DeleteFailureAsksAndRetryRepeatsTheDeletion) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   Put(a_ + "/f.txt", "1", kNewTime);
   Put(b_ + "/f.txt", "2", kOldTime);
   Put(a_ + "/g.txt", "3", kNewTime);
@@ -529,6 +530,9 @@ TEST_F(PerformActionsTest, DeleteFailureAsksAndRetryRepeatsTheDeletion) {
 }
 
 TEST_F(PerformActionsTest, DeleteAbortLeavesTheFilesOtherCopies) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   Put(a_ + "/f.txt", "1", kNewTime);
   Put(b_ + "/f.txt", "2", kOldTime);
   UseFolders(2);
@@ -553,7 +557,7 @@ TEST_F(PerformActionsTest, CopyThatVanishedSinceTheScanIsSkippedNotDeleted) {
   UseFolders(2);
   BuildSilently(set_, ui_);
   DeleteAll("f.txt");
-  ASSERT_EQ(unlink((a_ + "/f.txt").c_str()), 0);
+  ASSERT_TRUE(RemoveFile(a_ + "/f.txt"));
 
   set_.PerformActions();
 
@@ -639,6 +643,9 @@ TEST_F(PerformActionsTest, SimulationLogsCreationsAndDeletionsChangingNothing) {
 }
 
 TEST_F(PerformActionsTest, SimulationSkipsTheStepsThatWouldFail) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   Put(a_ + "/f.txt", "new", kNewTime);
   Put(b_ + "/f.txt", "old", kOldTime);
   UseFolders(2);
@@ -658,6 +665,9 @@ TEST_F(PerformActionsTest, SimulationSkipsTheStepsThatWouldFail) {
 // --- Error policy on copies -------------------------------------------------
 
 TEST_F(PerformActionsTest, ErrorHandlingIgnoreIsLoggedAndTheRunGoesOn) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   SetUpFailingThenWorkingFile();
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -679,6 +689,9 @@ TEST_F(PerformActionsTest, ErrorHandlingIgnoreIsLoggedAndTheRunGoesOn) {
 }
 
 TEST_F(PerformActionsTest, ErrorHandlingAbortIsLoggedAndTheNextFileUntouched) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   SetUpFailingThenWorkingFile();
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -704,6 +717,9 @@ TEST_F(PerformActionsTest, ErrorHandlingAbortIsLoggedAndTheNextFileUntouched) {
 }
 
 TEST_F(PerformActionsTest, ErrorHandlingEntryOfAnotherCodeStillAsks) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   SetUpFailingThenWorkingFile();
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -718,6 +734,9 @@ TEST_F(PerformActionsTest, ErrorHandlingEntryOfAnotherCodeStillAsks) {
 }
 
 TEST_F(PerformActionsTest, ErrorHandlingValueOtherThanAOrIStillAsks) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   SetUpFailingThenWorkingFile();
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -731,6 +750,9 @@ TEST_F(PerformActionsTest, ErrorHandlingValueOtherThanAOrIStillAsks) {
 }
 
 TEST_F(PerformActionsTest, CopyFailurePromptHasMessageErrorAndQuestion) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   SetUpFailingThenWorkingFile();
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -747,6 +769,9 @@ TEST_F(PerformActionsTest, CopyFailurePromptHasMessageErrorAndQuestion) {
 }
 
 TEST_F(PerformActionsTest, RetryTwiceThenIgnoreTriesTheCopyThreeTimes) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   SetUpFailingThenWorkingFile();
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -766,6 +791,9 @@ TEST_F(PerformActionsTest, RetryTwiceThenIgnoreTriesTheCopyThreeTimes) {
 }
 
 TEST_F(PerformActionsTest, RetryAfterTheCauseIsGoneCompletesTheCopy) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   SetUpFailingThenWorkingFile();
   std::optional<ImmutableGuard> guard;
   guard.emplace(b_ + "/inner");
@@ -782,6 +810,9 @@ TEST_F(PerformActionsTest, RetryAfterTheCauseIsGoneCompletesTheCopy) {
 }
 
 TEST_F(PerformActionsTest, AbortAnswerStopsBeforeTheNextFile) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   SetUpFailingThenWorkingFile();
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -798,6 +829,9 @@ TEST_F(PerformActionsTest, AbortAnswerStopsBeforeTheNextFile) {
 }
 
 TEST_F(PerformActionsTest, AbortStopsTheRemainingCopiesOfTheSameFile) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   Put(a_ + "/f.txt", "new", kNewTime);
   Put(b_ + "/f.txt", "old b", kOldTime);
   Put(c_ + "/f.txt", "old c", kOldTime);
@@ -815,6 +849,9 @@ TEST_F(PerformActionsTest, AbortStopsTheRemainingCopiesOfTheSameFile) {
 }
 
 TEST_F(PerformActionsTest, QuietModeLogsTheErrorAndAborts) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   SetUpFailingThenWorkingFile();
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -833,6 +870,9 @@ TEST_F(PerformActionsTest, QuietModeLogsTheErrorAndAborts) {
 }
 
 TEST_F(PerformActionsTest, QuietModeStillFollowsTheErrorHandlingTable) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   SetUpFailingThenWorkingFile();
   ImmutableGuard guard(b_ + "/inner");
   if (!guard.active()) GTEST_SKIP() << "chattr +i refused";
@@ -848,7 +888,7 @@ TEST_F(PerformActionsTest, QuietModeStillFollowsTheErrorHandlingTable) {
 
 TEST_F(PerformActionsTest, CopyOntoItselfIsAnErrorOfTheRun) {
   Put(a_ + "/f.txt", "shared bytes", kNewTime);
-  ASSERT_EQ(link((a_ + "/f.txt").c_str(), (b_ + "/f.txt").c_str()), 0);
+  ASSERT_TRUE(MakeHardLink(a_ + "/f.txt", b_ + "/f.txt"));
   UseFolders(2);
   BuildSilently(set_, ui_);
   UseNewest("f.txt", 1, kFlagCreate | kFlagForceCopy);
@@ -875,7 +915,7 @@ TEST_F(PerformActionsTest, SourceThatVanishedAfterTheScanIsAnErrorOfTheRun) {
   UseNewest("f.txt", 1, kFlagCreate);
   UseNewest("g.txt", 1, kFlagCreate);
   const FileState before = StateOf(b_ + "/f.txt");
-  ASSERT_EQ(unlink((a_ + "/f.txt").c_str()), 0);
+  ASSERT_TRUE(RemoveFile(a_ + "/f.txt"));
   ui_.answers = {kIdIgnore};
 
   set_.PerformActions();
@@ -889,6 +929,9 @@ TEST_F(PerformActionsTest, SourceThatVanishedAfterTheScanIsAnErrorOfTheRun) {
 }
 
 TEST_F(PerformActionsTest, CopyFailingHalfWayKeepsTheOldDestinationWhole) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: a file size limit (setrlimit)";
+#else
   const std::string big(4 << 20, 'x');
   Put(a_ + "/big.bin", big, kNewTime);
   Put(b_ + "/big.bin", "the old destination", kOldTime, 31);
@@ -915,9 +958,13 @@ TEST_F(PerformActionsTest, CopyFailingHalfWayKeepsTheOldDestinationWhole) {
   EXPECT_EQ(StateOf(b_ + "/big.bin"), before);
   EXPECT_TRUE(partial_seen.empty());
   EXPECT_TRUE(PartialFiles(b_).empty());
+#endif
 }
 
 TEST_F(PerformActionsTest, CopyIntoImmutableFolderKeepsTheOldDestination) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   Put(a_ + "/f.txt", "new", kNewTime);
   Put(b_ + "/f.txt", "old destination", kOldTime, 12345);
   UseFolders(2);
@@ -938,6 +985,9 @@ TEST_F(PerformActionsTest, CopyIntoImmutableFolderKeepsTheOldDestination) {
 // --- Destination folders ----------------------------------------------------
 
 TEST_F(PerformActionsTest, DestinationFolderFailureAsksRetryThenIgnore) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   MakeFolder(a_ + "/inner");
   MakeFolder(a_ + "/inner/newdir");
   MakeFolder(b_ + "/inner");
@@ -967,6 +1017,9 @@ TEST_F(PerformActionsTest, DestinationFolderFailureAsksRetryThenIgnore) {
 }
 
 TEST_F(PerformActionsTest, DestinationFolderFailureAbortStopsTheRun) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   MakeFolder(a_ + "/inner");
   MakeFolder(a_ + "/inner/newdir");
   MakeFolder(b_ + "/inner");
@@ -1111,6 +1164,9 @@ TEST_F(PerformActionsTest, WithoutSyncFoldersNoEmptyFolderIsCreated) {
 }
 
 TEST_F(PerformActionsTest, FolderCreationFailureAsksRetryIgnoreAbort) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   MakeFolder(a_ + "/inner");
   MakeFolder(a_ + "/inner/sub");
   MakeFolder(b_ + "/inner");
@@ -1134,6 +1190,9 @@ TEST_F(PerformActionsTest, FolderCreationFailureAsksRetryIgnoreAbort) {
 }
 
 TEST_F(PerformActionsTest, FolderCreationAbortPerformsNoFileAction) {
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: an immutable folder (chattr +i)";
+#endif
   MakeFolder(a_ + "/inner");
   MakeFolder(a_ + "/inner/sub");
   MakeFolder(b_ + "/inner");

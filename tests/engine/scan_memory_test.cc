@@ -26,6 +26,14 @@ std::size_t HeapInUse() {
 #if defined(__SANITIZE_ADDRESS__)
   // The sanitizer's allocator replaces malloc's, and counts what was asked.
   return __sanitizer_get_current_allocated_bytes();
+#elif defined(_WIN32)
+  // The C library's heap, walked block by block: the bytes of those in use.
+  std::size_t used = 0;
+  _HEAPINFO entry = {};
+  while (_heapwalk(&entry) == _HEAPOK) {
+    if (entry._useflag == _USEDENTRY) used += entry._size;
+  }
+  return used;
 #else
   const struct mallinfo2 info = mallinfo2();
   return info.uordblks + info.hblkhd;

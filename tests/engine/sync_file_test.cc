@@ -1,7 +1,6 @@
 #include "engine/sync_file.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <cstdint>
 #include <memory>
@@ -16,6 +15,7 @@
 #include "support/section_entries.h"
 #include "support/temp_dir.h"
 #include "support/test_dates.h"
+#include "support/test_files.h"
 #include "util/date_time.h"
 #include "util/file_system.h"
 
@@ -857,7 +857,7 @@ TEST_F(SyncFileTest, RefreshOfChangedCopyReadsItsNewDateAndSize) {
 
 TEST_F(SyncFileTest, RefreshReadsTheReadOnlyAttribute) {
   ScannedSet s({kSource, kSource});
-  ASSERT_EQ(chmod(s.file().FullPath(2).c_str(), 0444), 0);
+  ASSERT_TRUE(SetMode(s.file().FullPath(2), 0444));
   s.file().RefreshFileInfo();
   EXPECT_EQ(s.file().Copy(2).attributes & kAttrReadOnly, kAttrReadOnly);
   EXPECT_EQ(s.file().Copy(1).attributes & kAttrReadOnly, 0);

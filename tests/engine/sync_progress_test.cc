@@ -3,8 +3,6 @@
 #include "engine/sync_progress.h"
 
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdint>
 #include <sstream>
@@ -19,6 +17,7 @@
 #include "support/recording_user_interface.h"
 #include "support/run_files.h"
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 #include "util/user_interface.h"
 
 namespace pairwell {
@@ -84,10 +83,10 @@ class SyncProgressTest : public ::testing::Test {
     for (std::string line; std::getline(lines, line);) {
       if (line.rfind("Copy ", 0) != 0) continue;
       const std::string source = line.substr(line.find(" from ") + 6);
-      struct stat info;
-      ASSERT_EQ(stat(source.c_str(), &info), 0) << source;
+      const std::int64_t size = SizeOf(source);
+      ASSERT_GE(size, 0) << source;
       ++*copies;
-      *bytes += info.st_size;
+      *bytes += size;
     }
   }
 
@@ -182,7 +181,7 @@ TEST_F(SyncProgressTest, FailedCopyCountsAsDealtWith) {
   BuildSilently(set_, ui_);
   Act("vanishing.txt", kUseNewest, kFlagCreate);
   Act("staying.txt", kUseNewest, kFlagCreate);
-  ASSERT_EQ(unlink((a_ + "/vanishing.txt").c_str()), 0);
+  ASSERT_TRUE(RemoveFile(a_ + "/vanishing.txt"));
   ui_.answers = {kIdIgnore};
 
   set_.PerformActions();
@@ -215,7 +214,7 @@ TEST_F(SyncProgressTest, AFileOverTwoGiBCountsWithItsWholeSize) {
   constexpr std::int64_t kHuge = std::int64_t{3} << 30;
   Put(a_ + "/huge.bin", "", kNewTime);
   // Sparse: no disk space, and only logged in simulation mode.
-  ASSERT_EQ(truncate((a_ + "/huge.bin").c_str(), kHuge), 0);
+  ASSERT_TRUE(SetSize(a_ + "/huge.bin", kHuge));
   run_state_.simulation_mode = true;
   UseFolders(2);
   BuildSilently(set_, ui_);

@@ -1,45 +1,45 @@
 #include "support/disk_files.h"
 
-#include <dirent.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include <algorithm>
+#include <filesystem>
 #include <fstream>
 #include <sstream>
+#include <system_error>
 
+#include "support/test_files.h"
 #include "util/file_system.h"
 
 namespace pairwell {
 
 void MakeFolder(const std::string& path) {
-  ASSERT_EQ(mkdir(path.c_str(), 0755), 0) << path;
+  ASSERT_TRUE(CreateFolder(path)) << path;
 }
 
 void Put(const std::string& path, const std::string& content,
-         std::int64_t seconds, long nanoseconds, mode_t mode) {
+         std::int64_t seconds, long nanoseconds, int mode) {
   {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    std::ofstream out(std::filesystem::u8path(path),
+                      std::ios::binary | std::ios::trunc);
     out << content;
     ASSERT_TRUE(out.good()) << path;
   }
-  ASSERT_EQ(chmod(path.c_str(), mode), 0) << path;
-  const struct timespec times[2] = {
-      {0, UTIME_OMIT}, {static_cast<time_t>(seconds), nanoseconds}};
-  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
+  ASSERT_TRUE(SetMode(path, mode)) << path;
+  ASSERT_TRUE(SetModifyTime(path, seconds, nanoseconds)) << path;
 }
 
 std::string Read(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
+  std::ifstream in(std::filesystem::u8path(path), std::ios::binary);
   std::ostringstream content;
   content << in.rdbuf();
   return content.str();
 }
 
 bool Exists(const std::string& path) {
-  struct stat st;
-  return lstat(path.c_str(), &st) == 0;
+  std::error_code error;
+  return std::filesystem::exists(
+      std::filesystem::symlink_status(std::filesystem::u8path(path), error));
 }
 
 std::ostream& operator<<(std::ostream& out, const FileState& state) {
@@ -53,26 +53,25 @@ std::ostream& operator<<(std::ostream& out, const FileState& state) {
 
 FileState StateOf(const std::string& path) {
   FileState state;
-  struct stat st;
-  if (stat(path.c_str(), &st) != 0) return state;
+  const int mode = ModeOf(path);
+  if (mode < 0 || !GetModifyTime(path, &state.seconds, &state.nanoseconds)) {
+    return FileState();
+  }
   state.content = Read(path);
-  state.seconds = st.st_mtim.tv_sec;
-  state.nanoseconds = st.st_mtim.tv_nsec;
-  state.mode = st.st_mode & 07777;
+  state.mode = mode;
   return state;
 }
 
 std::vector<std::string> Entries(const std::string& folder) {
   std::vector<std::string> names;
-  DIR* dir = opendir(folder.c_str());
-  if (dir == nullptr) return names;
-  while (const struct dirent* entry = readdir(dir)) {
-    const std::string name = entry->d_name;
-    if (name != "." && name != ".." && name != ".pairwell") {
-      names.push_back(name);
-    }
+  std::error_code error;
+  std::filesystem::directory_iterator entry(std::filesystem::u8path(folder),
+                                            error);
+  for (; !error && entry != std::filesystem::directory_iterator();
+       entry.increment(error)) {
+    const std::string name = entry->path().filename().u8string();
+    if (name != kKeepFolderName) names.push_back(name);
   }
-  closedir(dir);
   std::sort(names.begin(), names.end());
   return names;
 }

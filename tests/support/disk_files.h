@@ -2,8 +2,6 @@
 #ifndef PAIRWELL_TESTS_SUPPORT_DISK_FILES_H_
 #define PAIRWELL_TESTS_SUPPORT_DISK_FILES_H_
 
-#include <sys/types.h>
-
 #include <cstdint>
 #include <ostream>
 #include <string>
@@ -15,9 +13,10 @@ namespace pairwell {
 void MakeFolder(const std::string& path);
 
 // Writes the file with the given bytes, permission bits and modification
-// time (seconds since the epoch); fails the test when it cannot.
+// time (seconds since the epoch); fails the test when it cannot. Windows
+// keeps only what KeptMode and KeptNanoseconds say.
 void Put(const std::string& path, const std::string& content,
-         std::int64_t seconds, long nanoseconds = 0, mode_t mode = 0644);
+         std::int64_t seconds, long nanoseconds = 0, int mode = 0644);
 
 // The file's bytes; "" when it cannot be read.
 std::string Read(const std::string& path);
@@ -26,12 +25,12 @@ std::string Read(const std::string& path);
 bool Exists(const std::string& path);
 
 // What a test compares before and after: bytes, modification time (to the
-// nanosecond) and permission bits.
+// nanosecond) and permission bits (as ModeOf reads them).
 struct FileState {
   std::string content;
   std::int64_t seconds = 0;
   long nanoseconds = 0;
-  mode_t mode = 0;
+  int mode = 0;
 
   bool operator==(const FileState& other) const {
     return content == other.content && seconds == other.seconds &&

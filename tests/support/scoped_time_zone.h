@@ -8,6 +8,8 @@
 #include <ctime>
 #include <string>
 
+#include "support/test_files.h"
+
 namespace pairwell {
 
 class ScopedTimeZone {
@@ -20,9 +22,9 @@ class ScopedTimeZone {
   }
   ~ScopedTimeZone() {
     if (had_zone_) {
-      setenv("TZ", before_.c_str(), 1);
+      SetEnvironmentValue("TZ", before_);
     } else {
-      unsetenv("TZ");
+      UnsetEnvironmentValue("TZ");
     }
     tzset();
   }
@@ -30,7 +32,7 @@ class ScopedTimeZone {
   ScopedTimeZone& operator=(const ScopedTimeZone&) = delete;
 
   static void Set(const char* zone) {
-    setenv("TZ", zone, 1);
+    SetEnvironmentValue("TZ", zone);
     tzset();
   }
 

@@ -173,7 +173,7 @@ TEST_F(UndoTest, UndoPutsEveryFolderBackAndTheNextPlanIsTheSame) {
   EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
   ExpectSame(a_before, A());
   ExpectSame(b_before, B());  // content, date and the read-only mode
-  EXPECT_EQ(StateOf(B() + "/changed.txt").mode, 0444u);
+  EXPECT_EQ(StateOf(B() + "/changed.txt").mode, 0444);
   EXPECT_FALSE(Exists(B() + "/new"));  // the folder the run made
   EXPECT_EQ(LastSync(), "");
   EXPECT_EQ(Cli({"plan", "T"}).out, plan_before);

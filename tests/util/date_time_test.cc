@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "support/scoped_time_zone.h"
+#include "support/test_files.h"
 
 namespace pairwell {
 namespace {
@@ -119,7 +120,7 @@ TEST(DateTimeTest, NowIsTodayInLocalTime) {
   const double now = Now();
   time_t seconds = time(nullptr);
   struct tm local;
-  localtime_r(&seconds, &local);
+  ASSERT_TRUE(LocalTimeOf(seconds, &local));
   const double today = DateFromParts(
       Parts(local.tm_year + 1900, local.tm_mon + 1, local.tm_mday));
   EXPECT_GE(now, today);
@@ -252,11 +253,12 @@ TEST(MomentTest, TextsThatAreNoMomentAreRefused) {
   EXPECT_EQ(written, 7);
 }
 
-// A local day count made the plain way: localtime_r for every time.
+// A local day count made the plain way: the C library's local time for every
+// time.
 double SystemDate(std::int64_t seconds, long nanoseconds) {
   const time_t whole = static_cast<time_t>(seconds);
   struct tm local;
-  if (localtime_r(&whole, &local) == nullptr) return 0;
+  if (!LocalTimeOf(whole, &local)) return 0;
   return DateFromParts(Parts(
       local.tm_year + 1900, local.tm_mon + 1, local.tm_mday, local.tm_hour,
       local.tm_min, local.tm_sec, static_cast<int>(nanoseconds / 1000000)));
@@ -334,11 +336,7 @@ std::vector<std::string> TestZones() {
   return zones;
 }
 
-std::int64_t GmtOffset(std::int64_t seconds) {
-  const time_t whole = static_cast<time_t>(seconds);
-  struct tm local;
-  return localtime_r(&whole, &local) == nullptr ? 0 : local.tm_gmtoff;
-}
+std::int64_t GmtOffset(std::int64_t seconds) { return UtcOffsetAt(seconds); }
 
 // The seconds at which the zone now set changes its offset, from 1900 to
 // 2100. Looked for two days apart: no zone changes and changes back within
@@ -490,7 +488,7 @@ TEST(FileTimeToDateTest, FollowsTheZoneWhenItChangesInOneThread) {
   ScopedTimeZone zone("JST-9");
   EXPECT_EQ(FormatGeneralDate(FileTimeToDate(1700000000, 0)),
             "2023-11-15 07:13:20");
-  unsetenv("TZ");
+  UnsetEnvironmentValue("TZ");
   tzset();
   EXPECT_EQ(Mismatches(times), "") << "no TZ";
   ScopedTimeZone::Set("EST5");
@@ -503,7 +501,7 @@ TEST(FileTimeToDateTest, FollowsTheZoneFromTheMomentTzChanges) {
   EXPECT_EQ(FormatGeneralDate(FileTimeToDate(1700000000, 0)),
             "2023-11-14 23:13:20");
   // Before tzset() is called, and after.
-  setenv("TZ", "JST-9", 1);
+  SetEnvironmentValue("TZ", "JST-9");
   EXPECT_EQ(FormatGeneralDate(FileTimeToDate(1700000000, 0)),
             "2023-11-15 07:13:20");
   tzset();

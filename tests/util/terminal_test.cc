@@ -3,8 +3,12 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <stdlib.h>
+#ifdef _WIN32
+#include <io.h>
+#else
 #include <sys/ioctl.h>
 #include <unistd.h>
+#endif
 
 #include <cstdio>
 #include <string>
@@ -14,6 +18,7 @@
 namespace pairwell {
 namespace {
 
+#ifndef _WIN32
 // The two ends of a pseudo-terminal, the terminal side as a stream.
 class PseudoTerminal {
  public:
@@ -42,13 +47,17 @@ class PseudoTerminal {
   int master_ = -1;
   std::FILE* stream_ = nullptr;
 };
+#endif
 
 TEST(TerminalTest, OnlyATerminalIsOneAndHasAWidth) {
+#ifndef _WIN32
+  // Windows has no pseudo-terminal to open: there only the file is checked.
   PseudoTerminal terminal;
   ASSERT_NE(terminal.stream(), nullptr);
   ASSERT_TRUE(terminal.SetWidth(123));
   EXPECT_TRUE(IsTerminal(terminal.stream()));
   EXPECT_EQ(TerminalWidth(terminal.stream()), 123);
+#endif
 
   TempDir dir;
   std::FILE* file = std::fopen(dir.Join("f").c_str(), "w");
@@ -72,7 +81,11 @@ TEST(TerminalTest, SameOutputWhereBothStreamsLand) {
   std::fclose(other);
 
   int ends[2];
+#ifdef _WIN32
+  ASSERT_EQ(_pipe(ends, 4096, _O_BINARY), 0);
+#else
   ASSERT_EQ(pipe(ends), 0);
+#endif
   std::FILE* writer = fdopen(ends[1], "w");
   std::FILE* copy = fdopen(dup(ends[1]), "w");
   EXPECT_TRUE(SameOutput(writer, copy));
