@@ -2,10 +2,11 @@
 BUILD_DIR ?= build
 TEST_DIR ?= build-sanitize
 FUZZ_DIR ?= build-fuzz
+WINDOWS_DIR ?= build-windows
 FUZZ_SECONDS ?= 30
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 
-.PHONY: all deps build run test package fuzz screenshots bench-scan bench-copy bench-undo bench-ini bench-confirm clean
+.PHONY: all deps build run test windows package fuzz screenshots bench-scan bench-copy bench-undo bench-ini bench-confirm clean
 
 all: build
 
@@ -26,6 +27,12 @@ test: deps
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
 	@scripts/fuzz.sh $(FUZZ_DIR) $(FUZZ_SECONDS)
+
+# pairwell-cli.exe and the core tests for 64-bit Windows, cross-built with
+# MinGW-w64 into $(WINDOWS_DIR) and run under Wine; the zip goes to
+# $(WINDOWS_DIR)/packages.
+windows: deps
+	@JOBS=$(JOBS) scripts/windows.sh $(WINDOWS_DIR)
 
 # The Debian package, in $(BUILD_DIR)/packages, checked with lintian (which
 # fails on an error).
@@ -74,4 +81,4 @@ bench-confirm: deps
 	QT_QPA_PLATFORM=offscreen $(BUILD_DIR)/bench/confirm/pairwell_bench_confirm
 
 clean:
-	rm -rf $(BUILD_DIR) $(TEST_DIR) $(FUZZ_DIR)
+	rm -rf $(BUILD_DIR) $(TEST_DIR) $(FUZZ_DIR) $(WINDOWS_DIR)

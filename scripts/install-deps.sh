@@ -7,12 +7,15 @@ set -euo pipefail
 # The fuzz targets are built with clang and link its libFuzzer runtime.
 # dist/validate.sh checks the desktop entry, the metainfo and the man pages;
 # the install test compresses the man pages; the power-cut tests make ext4
-# images and mount them through loop devices. With --package, also what
-# `make package` uses: dpkg-shlibdeps for the dependencies, lintian.
-packages=(g++ make cmake libgtest-dev libgmock-dev qt6-base-dev xvfb xauth
-          fonts-dejavu-core clang libclang-rt-14-dev
+# images and mount them through loop devices. The Windows build is made with
+# MinGW-w64 (GoogleTest built from its Debian sources) and tested under
+# Wine. With --package, also what `make package` uses: dpkg-shlibdeps for
+# the dependencies, lintian.
+packages=(g++ make cmake libgtest-dev libgmock-dev googletest qt6-base-dev
+          xvfb xauth fonts-dejavu-core clang libclang-rt-14-dev
           desktop-file-utils appstream man-db groff-base gzip
-          e2fsprogs mount)
+          e2fsprogs mount
+          mingw-w64 g++-mingw-w64-x86-64-posix wine wine64)
 if [ "${1:-}" = "--package" ]; then
   packages+=(dpkg-dev file lintian)
 fi

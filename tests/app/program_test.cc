@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "support/recording_user_interface.h"
+#include "support/system_text.h"
 #include "support/temp_dir.h"
 #include "support/test_dates.h"
 #include "support/test_files.h"
@@ -269,10 +270,11 @@ TEST_F(ProgramTest, NoSetSectionsGiveOneUntitledSet) {
 
 TEST_F(ProgramTest, MissingFileGivesBothMessagesAndStillStarts) {
   program_.Main("");
-  EXPECT_EQ(ui_.Texts(), (std::vector<std::string>{
-                             "An error occurred while loading " + ini_path() +
-                                 ": No such file or directory",
-                             kMissingCatalogue}));
+  EXPECT_EQ(ui_.Texts(),
+            (std::vector<std::string>{
+                "An error occurred while loading " + ini_path() + ": " +
+                    SystemText(ENOENT, "No such file or directory"),
+                kMissingCatalogue}));
   EXPECT_EQ(ui_.messages[1].style, 16);
   EXPECT_EQ(ui_.messages[1].caption, "Pairwell");
   EXPECT_EQ(SetNames(), (std::vector<std::string>{"Untitled"}));

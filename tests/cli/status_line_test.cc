@@ -17,8 +17,8 @@ namespace {
 class StatusLineTest : public ::testing::Test {
  protected:
   StatusLineTest()
-      : stream_(std::fopen(dir_.Join("line").c_str(), "w")),
-        log_(std::fopen(dir_.Join("log").c_str(), "w")),
+      : stream_(std::fopen(dir_.Join("line").c_str(), "wb")),
+        log_(std::fopen(dir_.Join("log").c_str(), "wb")),
         line_(stream_, log_) {}
   ~StatusLineTest() override {
     std::fclose(stream_);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <filesystem>
 #include <memory>
 #include <sstream>
@@ -13,6 +14,7 @@
 
 #include "support/recording_user_interface.h"
 #include "support/section_entries.h"
+#include "support/system_text.h"
 #include "support/temp_dir.h"
 #include "support/test_files.h"
 
@@ -94,8 +96,9 @@ TEST_F(INIFileTest, MissingFileShowsOneMessageAndSaveThenStartsWithBlank) {
   const std::string path = dir_.Join("absent.ini");
   EXPECT_FALSE(ini_.LoadFile(path));
   ASSERT_EQ(ui_.messages.size(), 1u);
-  EXPECT_EQ(ui_.messages[0].text, "An error occurred while loading " + path +
-                                      ": No such file or directory");
+  EXPECT_EQ(ui_.messages[0].text,
+            "An error occurred while loading " + path + ": " +
+                SystemText(ENOENT, "No such file or directory"));
   EXPECT_EQ(ui_.messages[0].style, 48);
   EXPECT_EQ(ui_.messages[0].caption, "Pairwell");
   EXPECT_EQ(ini_.SecCount(), 0);
@@ -110,8 +113,14 @@ TEST_F(INIFileTest, UnreadableFileIsReportedWithTheSystemReason) {
   // A folder cannot be read as a file, whoever runs the test.
   EXPECT_FALSE(ini_.LoadFile(dir_.path()));
   ASSERT_EQ(ui_.messages.size(), 1u);
-  EXPECT_EQ(ui_.messages[0].text, "An error occurred while loading " +
-                                      dir_.path() + ": Is a directory");
+  // Windows will not open a folder as a file at all: access denied.
+#ifdef _WIN32
+  const std::string reason = ErrorText(EACCES);
+#else
+  const std::string reason = "Is a directory";
+#endif
+  EXPECT_EQ(ui_.messages[0].text,
+            "An error occurred while loading " + dir_.path() + ": " + reason);
 }
 
 TEST_F(INIFileTest, SaveIntoMissingFolderThrowsAndLeavesNothing) {

@@ -11,6 +11,7 @@
 
 #include "support/immutable_guard.h"
 #include "support/recording_user_interface.h"
+#include "support/system_text.h"
 #include "support/temp_dir.h"
 #include "util/date_time.h"
 #include "util/file_system.h"
@@ -231,9 +232,10 @@ TEST_F(LogFileTest, FailedOpenNamesTheSystemReason) {
   log_.SetPath("missing/log.txt");
   log_.OpenLog();
   ASSERT_EQ(ui_.messages.size(), 1u);
-  EXPECT_EQ(ui_.messages[0].text,
-            "Couldn't open log file: " + dir_.Join("missing/log.txt") +
-                "\nDescription: No such file or directory");
+  EXPECT_EQ(
+      ui_.messages[0].text,
+      "Couldn't open log file: " + dir_.Join("missing/log.txt") +
+          "\nDescription: " + SystemText(ENOENT, "No such file or directory"));
 }
 
 // --- Printing -----------------------------------------------------------
@@ -487,8 +489,8 @@ TEST_F(LogFileTest, WriteFailureIsShownOnce) {
   log_.PrintErrL("fourth");
   ASSERT_EQ(ui_.messages.size(), 1u);
   EXPECT_EQ(ui_.messages[0].text,
-            "There was an error writing to the log file.\n"
-            "Description: No space left on device");
+            "There was an error writing to the log file.\nDescription: " +
+                SystemText(ENOSPC, "No space left on device"));
   EXPECT_TRUE(log_.IsOpen());
 }
 
@@ -498,8 +500,8 @@ TEST_F(LogFileTest, FailedHeaderWriteIsShownOnce) {
   log_.PrintL("more");
   ASSERT_EQ(ui_.messages.size(), 1u);
   EXPECT_EQ(ui_.messages[0].text,
-            "There was an error writing to the log file.\n"
-            "Description: No space left on device");
+            "There was an error writing to the log file.\nDescription: " +
+                SystemText(ENOSPC, "No space left on device"));
 }
 
 TEST_F(LogFileTest, FailedWritesStillEcho) {

@@ -55,7 +55,7 @@ constexpr char kQuietNotice[] =
 // The whole prompt the error policy shows for a failed step.
 std::string Prompt(const std::string& message, int error_number) {
   return message + "\n\nThe error was: " + ErrorText(error_number) + " (code " +
-         std::to_string(error_number) + ")" + kAskSuffix;
+         std::to_string(SystemErrorCode(error_number)) + ")" + kAskSuffix;
 }
 
 std::string CopyMessage(const std::string& source, const std::string& dest) {
@@ -1294,7 +1294,8 @@ TEST_F(PerformActionsTest, ErrorPolicyReadsTheTableEntryOfTheErrorNumber) {
   for (const auto& c : kCases) {
     ui_.messages.clear();
     ui_.answers = {kIdRetry};
-    SetErrorHandling("Code5", c.value);
+    // The table is keyed by the system's own number for the error.
+    SetErrorHandling("Code" + std::to_string(SystemErrorCode(5)), c.value);
     const int answer = set_.ErrorPolicy("Step", 5);
     if (c.answer == 0) {
       EXPECT_EQ(answer, kIdRetry) << "Code5=" << c.value;
@@ -1307,18 +1308,22 @@ TEST_F(PerformActionsTest, ErrorPolicyReadsTheTableEntryOfTheErrorNumber) {
 }
 
 TEST_F(PerformActionsTest, ErrorPolicyLogsAutomaticAnswersWithTheCode) {
-  SetErrorHandling("Code5", "I");
+  const std::string first = std::to_string(SystemErrorCode(5));
+  const std::string second = std::to_string(SystemErrorCode(28));
+  SetErrorHandling("Code" + first, "I");
   EXPECT_EQ(set_.ErrorPolicy("First step", 5), kIdIgnore);
-  SetErrorHandling("Code28", "A");
+  SetErrorHandling("Code" + second, "A");
   EXPECT_EQ(set_.ErrorPolicy("Second step", 28), kIdAbort);
 
   const std::vector<std::string> starred = LinesStartingWith(LogText(), "* ");
   EXPECT_EQ(starred,
             (std::vector<std::string>{
                 "* The following error was ignored automatically: First step "
-                "(code 5)",
+                "(code " +
+                    first + ")",
                 "* Synchronization has been aborted automatically in response "
-                "to the error: Second step (code 28)"}));
+                "to the error: Second step (code " +
+                    second + ")"}));
   // Automatic answers go to the file, not to the person's log view.
   EXPECT_TRUE(ui_.messages.empty());
 }

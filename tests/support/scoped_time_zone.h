@@ -4,11 +4,22 @@
 #ifndef PAIRWELL_TESTS_SUPPORT_SCOPED_TIME_ZONE_H_
 #define PAIRWELL_TESTS_SUPPORT_SCOPED_TIME_ZONE_H_
 
+#include <gtest/gtest.h>
+
 #include <cstdlib>
 #include <ctime>
 #include <string>
 
 #include "support/test_files.h"
+
+// Windows programs take the zone from the system's settings, never from TZ
+// rules: a test that moves the zone through TZ runs on POSIX only.
+#ifdef _WIN32
+#define SKIP_WHERE_TZ_SETS_NO_ZONE() \
+  GTEST_SKIP() << "POSIX only: the zone is set through TZ rules"
+#else
+#define SKIP_WHERE_TZ_SETS_NO_ZONE() static_cast<void>(0)
+#endif
 
 namespace pairwell {
 

@@ -135,6 +135,7 @@ class LocalTimeTest : public ::testing::Test {
 };
 
 TEST_F(LocalTimeTest, PosixTimeBecomesLocalDateWithDaylightSaving) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   // 2026-01-15 12:00:00 UTC is 13:00 in winter.
   EXPECT_EQ(FormatGeneralDate(FileTimeToDate(1768478400, 0)),
             "2026-01-15 13:00:00");
@@ -212,6 +213,7 @@ TEST(DateRangeTest, DatesOutsideTheRangeNeverOverflow) {
 }
 
 TEST_F(LocalTimeTest, MomentIsWrittenWithTheOffsetInForce) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   // 2026-07-01 10:00 UTC is noon in summer time; 2026-01-01 10:00 UTC is
   // eleven in winter.
   EXPECT_EQ(FormatMoment(1782900000), "2026-07-01T12:00:00+02:00");
@@ -221,6 +223,7 @@ TEST_F(LocalTimeTest, MomentIsWrittenWithTheOffsetInForce) {
 }
 
 TEST_F(LocalTimeTest, MomentIsReadWhateverZoneWroteIt) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   std::int64_t seconds = 0;
   double written = 0;
   ASSERT_TRUE(ParseMoment("2026-07-01T12:00:00+02:00", &seconds, &written));
@@ -358,6 +361,7 @@ std::vector<std::int64_t> OffsetChanges() {
 }
 
 TEST(FileTimeToDateTest, LocalTimesOfKnownZones) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   const struct {
     const char* zone;
     std::int64_t seconds;
@@ -388,6 +392,7 @@ TEST(FileTimeToDateTest, LocalTimesOfKnownZones) {
 }
 
 TEST(FileTimeToDateTest, SameAsTheSystemFrom1900To2100) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   // An odd step, so that the times of day vary too.
   const std::vector<std::int64_t> times = Sweep(k1900, k2100, 100003);
   for (const std::string& name : TestZones()) {
@@ -397,6 +402,7 @@ TEST(FileTimeToDateTest, SameAsTheSystemFrom1900To2100) {
 }
 
 TEST(FileTimeToDateTest, SameAsTheSystemAroundEveryOffsetChange) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   for (const std::string& name : TestZones()) {
     ScopedTimeZone zone(name.c_str());
     std::vector<std::int64_t> times;
@@ -416,6 +422,7 @@ TEST(FileTimeToDateTest, SameAsTheSystemAroundEveryOffsetChange) {
 }
 
 TEST(FileTimeToDateTest, SameAsTheSystemAroundLeapSeconds) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   if (!ZoneInDatabase("right/UTC")) GTEST_SKIP() << "no zone database";
   ScopedTimeZone zone("right/UTC");
   // 2016-12-31 23:59:60 UTC, counted with the 26 leap seconds before it; a
@@ -439,6 +446,7 @@ TEST(FileTimeToDateTest, SameAsTheSystemAroundLeapSeconds) {
 }
 
 TEST(FileTimeToDateTest, SameAsTheSystemBeforeTheEpochAndFarAhead) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   constexpr std::int64_t kDay = 86400;
   constexpr std::int64_t kFar = std::int64_t{1} << 46;
   const std::vector<std::int64_t> times = {
@@ -477,6 +485,7 @@ TEST(FileTimeToDateTest, SameAsTheSystemBeforeTheEpochAndFarAhead) {
 }
 
 TEST(FileTimeToDateTest, FollowsTheZoneWhenItChangesInOneThread) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   const std::vector<std::int64_t> times = Sweep(1700000000, 1800000000, 99991);
   const char* const kZones[] = {"CET-1CEST,M3.5.0,M10.5.0/3",
                                 "EST5EDT,M3.2.0,M11.1.0", "JST-9", "",
@@ -497,6 +506,7 @@ TEST(FileTimeToDateTest, FollowsTheZoneWhenItChangesInOneThread) {
 }
 
 TEST(FileTimeToDateTest, FollowsTheZoneFromTheMomentTzChanges) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   ScopedTimeZone zone("CET-1CEST,M3.5.0,M10.5.0/3");
   EXPECT_EQ(FormatGeneralDate(FileTimeToDate(1700000000, 0)),
             "2023-11-14 23:13:20");
@@ -556,6 +566,7 @@ TEST(FormatDateTest, NumbersAreNotPaddedUnlessTwoDigits) {
 }
 
 TEST(FormatMomentTest, YearsKeepFourDigitsAndOffsetsTheirSign) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   ScopedTimeZone zone("UTC0");
   EXPECT_EQ(FormatMoment(0), "1970-01-01T00:00:00+00:00");
   EXPECT_EQ(FormatMoment(-1), "1969-12-31T23:59:59+00:00");

@@ -80,12 +80,11 @@ TEST(TerminalTest, SameOutputWhereBothStreamsLand) {
   std::fclose(again);
   std::fclose(other);
 
+#ifndef _WIN32
+  // Windows cannot tell two handles of one pipe apart (short of Windows 10's
+  // CompareObjectHandles): there they count as different outputs.
   int ends[2];
-#ifdef _WIN32
-  ASSERT_EQ(_pipe(ends, 4096, _O_BINARY), 0);
-#else
   ASSERT_EQ(pipe(ends), 0);
-#endif
   std::FILE* writer = fdopen(ends[1], "w");
   std::FILE* copy = fdopen(dup(ends[1]), "w");
   EXPECT_TRUE(SameOutput(writer, copy));
@@ -93,6 +92,7 @@ TEST(TerminalTest, SameOutputWhereBothStreamsLand) {
   std::fclose(writer);
   std::fclose(copy);
   close(ends[0]);
+#endif
 }
 
 }  // namespace

@@ -320,6 +320,14 @@ int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
     const DWORD code = GetLastError();
     // A drive's empty root has not even a "." entry.
     if (code == ERROR_FILE_NOT_FOUND && FolderExists(folder)) return 0;
+    // A file where the folder should be: Windows and Wine name it by
+    // several codes, none of them "not a folder".
+    const DWORD attributes = GetFileAttributesW(wide.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES &&
+        (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
+      ErrnoFromWin32(ERROR_DIRECTORY);
+      return ENOTDIR;
+    }
     return ErrnoFromWin32(code);
   }
   int result = 0;
