@@ -185,6 +185,22 @@ bool ItemData(const std::string& path, std::wstring* wide,
          !IsLink(data->dwFileAttributes, ReparseTagOf(*wide));
 }
 
+// The file's index on its volume, as a listing reads it with the entry
+// (ListFolder); 0 when it cannot be read.
+std::uint64_t FileIndexOf(const std::wstring& wide) {
+  const HANDLE handle = CreateFileW(
+      wide.c_str(), FILE_READ_ATTRIBUTES,
+      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+      OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS | FILE_FLAG_OPEN_REPARSE_POINT,
+      nullptr);
+  if (handle == INVALID_HANDLE_VALUE) return 0;
+  BY_HANDLE_FILE_INFORMATION info;
+  const bool read = GetFileInformationByHandle(handle, &info) != 0;
+  CloseHandle(handle);
+  return read ? (std::uint64_t{info.nFileIndexHigh} << 32) | info.nFileIndexLow
+              : 0;
+}
+
 // The last component of a path, either slash counting.
 std::string LastComponent(const std::string& path) {
   const std::string::size_type slash = path.find_last_of("/\\");
@@ -286,6 +302,7 @@ bool GetItemInfo(const std::string& path, FolderEntry* entry) {
   WIN32_FILE_ATTRIBUTE_DATA data;
   if (!ItemData(path, &wide, &data)) return false;
   FillEntry(LastComponent(path), data, entry);
+  entry->inode = FileIndexOf(wide);
   return true;
 }
 
@@ -298,6 +315,59 @@ std::int64_t FileSize(const std::string& path) {
   }
   return SizeOf(data.nFileSizeHigh, data.nFileSizeLow);
 }
+
+namespace {
+
+// The file time in a directory record.
+FILETIME FileTimeOf(const LARGE_INTEGER& t) {
+  FILETIME f;
+  f.dwLowDateTime = t.LowPart;
+  f.dwHighDateTime = static_cast<DWORD>(t.HighPart);
+  return f;
+}
+
+// Calls each(found, id) for every entry of the open folder, read in bulk
+// with each entry's file index, which tells a file from another renamed to
+// its name later (FindFirstFile gives none). Returns 0 or the Windows
+// error; ERROR_INVALID_PARAMETER (or ERROR_NOT_SUPPORTED) on a file system
+// that lists no ids this way, before any entry.
+template <typename Each>
+DWORD ReadFolderWithIds(HANDLE folder, Each each) {
+  std::vector<std::uint64_t> buffer(8192);  // 64 KiB, aligned for the records
+  for (bool first = true;; first = false) {
+    if (!GetFileInformationByHandleEx(
+            folder,
+            first ? FileIdBothDirectoryRestartInfo : FileIdBothDirectoryInfo,
+            buffer.data(), static_cast<DWORD>(buffer.size() * 8))) {
+      const DWORD code = GetLastError();
+      return code == ERROR_NO_MORE_FILES ? 0 : code;
+    }
+    const char* record = reinterpret_cast<const char*>(buffer.data());
+    for (;;) {
+      const auto* info = reinterpret_cast<const FILE_ID_BOTH_DIR_INFO*>(record);
+      WIN32_FIND_DATAW found{};
+      found.dwFileAttributes = info->FileAttributes;
+      found.ftCreationTime = FileTimeOf(info->CreationTime);
+      found.ftLastAccessTime = FileTimeOf(info->LastAccessTime);
+      found.ftLastWriteTime = FileTimeOf(info->LastWriteTime);
+      found.nFileSizeHigh = static_cast<DWORD>(info->EndOfFile.HighPart);
+      found.nFileSizeLow = info->EndOfFile.LowPart;
+      // A reparse point's tag stands where FindFirstFile puts it.
+      if ((info->FileAttributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+        found.dwReserved0 = info->EaSize;
+      }
+      const std::size_t length = std::min<std::size_t>(
+          info->FileNameLength / sizeof(wchar_t), MAX_PATH - 1);
+      std::copy(info->FileName, info->FileName + length, found.cFileName);
+      found.cFileName[length] = L'\0';
+      each(found, static_cast<std::uint64_t>(info->FileId.QuadPart));
+      if (info->NextEntryOffset == 0) break;
+      record += info->NextEntryOffset;
+    }
+  }
+}
+
+}  // namespace
 
 int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
                std::vector<LeftOutEntry>* left_out) {
@@ -312,6 +382,61 @@ int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
            reason, error, modified == nullptr ? 0 : DateOfFileTime(*modified)});
     }
   };
+  auto take = [&](const WIN32_FIND_DATAW& found, std::uint64_t id) {
+    const std::wstring wide_name = found.cFileName;
+    if (wide_name == L"." || wide_name == L"..") return;
+    std::string name;
+    if (!Narrow(wide_name, &name)) {
+      leave_out(NarrowForDisplay(wide_name),
+                "its name is not valid Unicode and has no UTF-8 form");
+      return;
+    }
+    const DWORD attributes = found.dwFileAttributes;
+    if (IsLink(attributes, found.dwReserved0)) {
+      leave_out(name, LinkKind(found.dwReserved0));
+      return;
+    }
+    if (const char* reason = UnusableName(wide_name)) {
+      leave_out(name, reason);
+      return;
+    }
+    const bool is_folder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    // Windows takes ".PAIRWELL" for the same folder.
+    if (is_folder && name.size() == sizeof kKeepFolderName - 1 &&
+        EqualsIgnoringCase(name, kKeepFolderName, name.size())) {
+      return;
+    }
+    if (EqualsIgnoringCase(name, kPartialCopyPrefix,
+                           sizeof kPartialCopyPrefix - 1)) {
+      leave_out(name, "unfinished copy of an interrupted run", false,
+                &found.ftLastWriteTime);
+      return;
+    }
+    entries->emplace_back();
+    FillEntry(name, found, &entries->back());
+    entries->back().inode = id;
+  };
+
+  const HANDLE handle =
+      CreateFileW(wide.c_str(), FILE_LIST_DIRECTORY,
+                  FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                  nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+  if (handle != INVALID_HANDLE_VALUE) {
+    const std::size_t before = entries->size();
+    const std::size_t left_before = left_out ? left_out->size() : 0;
+    const DWORD code = ReadFolderWithIds(handle, take);
+    CloseHandle(handle);
+    if (code == 0) return 0;
+    const bool nothing_read = entries->size() == before &&
+                              (!left_out || left_out->size() == left_before);
+    if (!nothing_read ||
+        (code != ERROR_NOT_SUPPORTED && code != ERROR_INVALID_PARAMETER &&
+         code != ERROR_INVALID_LEVEL)) {
+      return ErrnoFromWin32(code);
+    }
+    // No ids this way (or not a folder): listed by name, ids unknown.
+  }
+
   WIN32_FIND_DATAW found;
   FindHandle find(FindFirstFileExW(
       JoinWide(wide, L"*").c_str(), FindExInfoBasic, &found,
@@ -330,43 +455,11 @@ int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
     }
     return ErrnoFromWin32(code);
   }
-  int result = 0;
   do {
-    const std::wstring wide_name = found.cFileName;
-    if (wide_name == L"." || wide_name == L"..") continue;
-    std::string name;
-    if (!Narrow(wide_name, &name)) {
-      leave_out(NarrowForDisplay(wide_name),
-                "its name is not valid Unicode and has no UTF-8 form");
-      continue;
-    }
-    const DWORD attributes = found.dwFileAttributes;
-    if (IsLink(attributes, found.dwReserved0)) {
-      leave_out(name, LinkKind(found.dwReserved0));
-      continue;
-    }
-    if (const char* reason = UnusableName(wide_name)) {
-      leave_out(name, reason);
-      continue;
-    }
-    const bool is_folder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-    // Windows takes ".PAIRWELL" for the same folder.
-    if (is_folder && name.size() == sizeof kKeepFolderName - 1 &&
-        EqualsIgnoringCase(name, kKeepFolderName, name.size())) {
-      continue;
-    }
-    if (EqualsIgnoringCase(name, kPartialCopyPrefix,
-                           sizeof kPartialCopyPrefix - 1)) {
-      leave_out(name, "unfinished copy of an interrupted run", false,
-                &found.ftLastWriteTime);
-      continue;
-    }
-    entries->emplace_back();
-    FillEntry(name, found, &entries->back());
+    take(found, 0);
   } while (FindNextFileW(find.get(), &found));
   const DWORD code = GetLastError();
-  if (code != ERROR_NO_MORE_FILES) result = ErrnoFromWin32(code);
-  return result;
+  return code == ERROR_NO_MORE_FILES ? 0 : ErrnoFromWin32(code);
 }
 
 namespace {
