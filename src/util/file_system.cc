@@ -6,6 +6,7 @@
 
 #include "util/file_system_shared.h"
 #include "util/path.h"
+#include "util/user_interface.h"
 
 namespace pairwell {
 
@@ -65,6 +66,16 @@ void AdjustChunkSize(std::int64_t bytes,
   } else if (took < kSlowChunk / 2 && bytes >= *size) {
     *size = std::min(kMaxChunk, *size * 2);
   }
+}
+
+int ExecuteFile(const std::string& file_name) {
+  const int code = OpenWithDesktop(file_name);
+  if (code <= 32) {
+    MsgBox(
+        "ExecuteFile : ShellExecute returned error code" + std::to_string(code),
+        kMbExclamation);
+  }
+  return code;
 }
 
 }  // namespace pairwell

@@ -38,6 +38,10 @@ void AdjustChunkSize(std::int64_t bytes,
                      std::chrono::steady_clock::duration took,
                      std::int64_t* size);
 
+// Opens the file with the desktop's opener (xdg-open, the shell): a number
+// above 32 on success, else the shell's error code (1..32).
+int OpenWithDesktop(const std::string& file_name);
+
 }  // namespace pairwell
 
 #endif  // PAIRWELL_UTIL_FILE_SYSTEM_SHARED_H_

@@ -16,7 +16,6 @@
 #include "util/file_system_shared.h"
 #include "util/path.h"
 #include "util/system.h"
-#include "util/user_interface.h"
 
 extern char** environ;
 
@@ -629,7 +628,7 @@ bool SetCreationTime(const std::string& path, double create_date,
   return ok;
 }
 
-int ExecuteFile(const std::string& file_name) {
+int OpenWithDesktop(const std::string& file_name) {
   // The codes the desktop opener gives stand in for the shell's: 1 bad
   // arguments, 2 file not found, 3 no opener, 4 the opening failed.
   constexpr int kNoOpener = 31;
@@ -650,11 +649,6 @@ int ExecuteFile(const std::string& file_name) {
       const int exit_code = WEXITSTATUS(status);
       code = exit_code <= 32 ? exit_code : kNoOpener;
     }
-  }
-  if (code <= 32) {
-    MsgBox(
-        "ExecuteFile : ShellExecute returned error code" + std::to_string(code),
-        kMbExclamation);
   }
   return code;
 }

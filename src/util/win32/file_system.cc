@@ -12,7 +12,6 @@
 #include "util/file_system_shared.h"
 #include "util/path.h"
 #include "util/system.h"
-#include "util/user_interface.h"
 #include "util/win32/error_number.h"
 #include "util/win32/file_time.h"
 #include "util/win32/long_path.h"
@@ -985,7 +984,7 @@ bool SetCreationTime(const std::string& path, double create_date,
                      set_modified ? &modified : nullptr) != 0;
 }
 
-int ExecuteFile(const std::string& file_name) {
+int OpenWithDesktop(const std::string& file_name) {
   std::wstring wide;
   int code = 2;  // the shell's "file not found"
   if (!HasNul(file_name) && Widen(file_name, &wide)) {
@@ -994,11 +993,6 @@ int ExecuteFile(const std::string& file_name) {
     }
     code = static_cast<int>(reinterpret_cast<INT_PTR>(ShellExecuteW(
         nullptr, L"open", wide.c_str(), nullptr, nullptr, SW_SHOWNORMAL)));
-  }
-  if (code <= 32) {
-    MsgBox(
-        "ExecuteFile : ShellExecute returned error code" + std::to_string(code),
-        kMbExclamation);
   }
   return code;
 }
