@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 #include <stdlib.h>
 
+#include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <ctime>
 #include <memory>
@@ -338,19 +340,27 @@ TEST_F(RunOutcomeTest, StopDuringALargeCopyKeepsTheDestinationAndCancels) {
   EXPECT_EQ(SavedLastSync("Docs"), "");
 }
 
-TEST_F(RunOutcomeTest, LargeCopyPumpsEventsBetweenItsChunks) {
+TEST_F(RunOutcomeTest, LargeCopyKeepsTheWindowAnswering) {
   Start({"Docs"});
   Put(A("Docs") + "/big.bin", std::string(48 << 20, 'n'), kPastTime);
+  using Clock = std::chrono::steady_clock;
   int pumps_during_copy = 0;
+  Clock::time_point last_pump = Clock::now();
+  Clock::duration longest_gap{};
   ui_.on_events = [&] {
+    const Clock::time_point now = Clock::now();
+    longest_gap = std::max(longest_gap, now - last_pump);
+    last_pump = now;
     if (!PartialFiles(B("Docs")).empty()) ++pumps_during_copy;
   };
 
   const RunResult result = Run({"Docs"});
 
   EXPECT_EQ(result.outcomes, std::vector<SetOutcome>{SetOutcome::kCompleted});
-  // At most 8 MiB between two pumps.
-  EXPECT_GE(pumps_during_copy, 5);
+  // The copy runs beside the window, which is pumped every 50 ms: how many
+  // pumps that makes depends on the disk, but never a second without one.
+  EXPECT_GE(pumps_during_copy, 1);
+  EXPECT_LT(longest_gap, std::chrono::seconds(1));
   EXPECT_EQ(Read(B("Docs") + "/big.bin").size(), std::size_t{48} << 20);
 }
 

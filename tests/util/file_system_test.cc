@@ -8,8 +8,10 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <cstdlib>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "support/immutable_guard.h"
@@ -343,6 +345,51 @@ TEST_F(FileSystemTest, DeleteFileReportsTheError) {
   EXPECT_EQ(DeleteFile(dir_.Join("f")), ENOENT);
 }
 
+#ifdef _WIN32
+// ExecuteFile asks the shell to open the file as its type says: a command
+// script runs, and the shell's own codes tell what failed.
+class ExecuteFileTest : public FileSystemTest {
+ protected:
+  // The shell starts the script and returns at once: its mark is awaited
+  // until it holds something.
+  std::string AwaitMark(const std::string& name) const {
+    std::string mark;
+    for (int i = 0; i < 200 && mark.empty(); ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(50));
+      if (dir_.Exists(name)) mark = dir_.ReadFile(name);
+    }
+    while (!mark.empty() && (mark.back() == '\n' || mark.back() == '\r')) {
+      mark.pop_back();
+    }
+    return mark;
+  }
+};
+
+TEST_F(ExecuteFileTest, SuccessShowsNothing) {
+  std::string mark = dir_.Join("opened");
+  std::replace(mark.begin(), mark.end(), '/', '\\');
+  dir_.WriteFile("open.cmd", "@echo opened> \"" + mark + "\"\r\n");
+  EXPECT_GT(ExecuteFile(dir_.Join("open.cmd")), 32);
+  EXPECT_EQ(AwaitMark("opened"), "opened");
+  EXPECT_TRUE(ui_.messages.empty());
+}
+
+TEST_F(ExecuteFileTest, OpenerFailureIsReportedWithItsCode) {
+  EXPECT_EQ(ExecuteFile(dir_.Join("missing.html")), 2);
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_EQ(ui_.messages[0].text,
+            "ExecuteFile : ShellExecute returned error code2");
+  EXPECT_EQ(ui_.messages[0].caption, "Pairwell");
+}
+
+TEST_F(ExecuteFileTest, MissingOpenerIsReported) {
+  dir_.WriteFile("notes.pairwell-unknown", "x");
+  EXPECT_EQ(ExecuteFile(dir_.Join("notes.pairwell-unknown")), 31);
+  ASSERT_EQ(ui_.messages.size(), 1u);
+  EXPECT_EQ(ui_.messages[0].text,
+            "ExecuteFile : ShellExecute returned error code31");
+}
+#else
 // ExecuteFile runs whatever "xdg-open" the PATH finds; the tests put a
 // stand-in first.
 class ExecuteFileTest : public FileSystemTest {
@@ -351,12 +398,6 @@ class ExecuteFileTest : public FileSystemTest {
     SetEnvironmentValue("PATH", dir_.path());
   }
   ~ExecuteFileTest() override { SetEnvironmentValue("PATH", old_path_); }
-
-  void SetUp() override {
-#ifdef _WIN32
-    GTEST_SKIP() << "POSIX only: a shell script stands in for xdg-open";
-#endif
-  }
 
   void InstallOpener(int exit_code) {
     // The PATH holds only the test folder, so the script uses builtins.
@@ -391,6 +432,7 @@ TEST_F(ExecuteFileTest, MissingOpenerIsReported) {
   EXPECT_EQ(ui_.messages[0].text,
             "ExecuteFile : ShellExecute returned error code31");
 }
+#endif
 
 TEST(ErrorTextTest, SystemTextOrTheUnknownReason) {
 #ifdef _WIN32
