@@ -27,6 +27,7 @@ test: deps
 	cmake --build $(TEST_DIR) -j $(JOBS)
 	cd $(TEST_DIR) && ctest --output-on-failure -j $(JOBS)
 	@scripts/fuzz.sh $(FUZZ_DIR) $(FUZZ_SECONDS)
+	@JOBS=$(JOBS) scripts/windows.sh $(WINDOWS_DIR)
 
 # pairwell-cli.exe and the core tests for 64-bit Windows, cross-built with
 # MinGW-w64 into $(WINDOWS_DIR) and run under Wine; the zip goes to

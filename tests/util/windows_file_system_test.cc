@@ -212,6 +212,41 @@ TEST_F(WindowsFileSystemTest, AFileHeldOpenGivesAnErrorNotAHang) {
   EXPECT_EQ(entries.size(), 2u);
 }
 
+// A symbolic link is never followed: the scan leaves it out and says what
+// it is. Making one needs a privilege or developer mode; without either the
+// test has nothing to look at.
+TEST_F(WindowsFileSystemTest, SymbolicLinksAreLeftOutAndSaid) {
+  ASSERT_TRUE(CreateDirectoryW(Wide(dir_.Join("target")).c_str(), nullptr));
+  dir_.WriteFile("target/inside.txt", "x");
+  dir_.WriteFile("file.txt", "x");
+  const DWORD unprivileged = 0x2;  // SYMBOLIC_LINK_FLAG_ALLOW_UNPRIVILEGED_CREATE
+  const bool file_link = CreateSymbolicLinkW(
+      Wide(dir_.Join("file-link")).c_str(), Wide(dir_.Join("file.txt")).c_str(),
+      unprivileged);
+  const bool folder_link = CreateSymbolicLinkW(
+      Wide(dir_.Join("folder-link")).c_str(), Wide(dir_.Join("target")).c_str(),
+      SYMBOLIC_LINK_FLAG_DIRECTORY | unprivileged);
+  // Wine 8 says yes and makes nothing.
+  const auto made = [&](const char* name) {
+    const DWORD a = GetFileAttributesW(Wide(dir_.Join(name)).c_str());
+    return a != INVALID_FILE_ATTRIBUTES &&
+           (a & FILE_ATTRIBUTE_REPARSE_POINT) != 0;
+  };
+  if (!file_link || !folder_link || !made("file-link") ||
+      !made("folder-link")) {
+    GTEST_SKIP() << "symbolic links cannot be made here";
+  }
+  const std::vector<FolderEntry> entries = List();
+  ASSERT_EQ(entries.size(), 2u);
+  EXPECT_NE(Find(entries, "file.txt"), nullptr);
+  EXPECT_NE(Find(entries, "target"), nullptr);
+  EXPECT_TRUE(LeftOut("file-link"));
+  EXPECT_TRUE(LeftOut("folder-link"));
+  for (const LeftOutEntry& e : left_out_) {
+    EXPECT_NE(e.reason.find("symbolic link"), std::string::npos) << e.reason;
+  }
+}
+
 TEST_F(WindowsFileSystemTest, PathsLongerThanMaxPathWork) {
   std::string folder = dir_.path();
   while (folder.size() < 300) folder += "/a-folder-with-a-long-name";
