@@ -183,6 +183,73 @@ TEST_F(WindowsFileSystemTest, SetCreationTimeSetsBothDates) {
   }
 }
 
+TEST_F(WindowsFileSystemTest, ReadOnlyNamesAreReplacedAndRemovedAsOnPosix) {
+  dir_.WriteFile("new.txt", "new");
+  dir_.WriteFile("old.txt", "old");
+  ASSERT_TRUE(SetFileAttributesW(Wide(dir_.Join("old.txt")).c_str(),
+                                 FILE_ATTRIBUTE_READONLY));
+  const std::wstring folder = Wide(dir_.Join("folder"));
+  ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr));
+  ASSERT_TRUE(SetFileAttributesW(folder.c_str(), FILE_ATTRIBUTE_READONLY));
+
+  EXPECT_EQ(RenameFile(dir_.Join("new.txt"), dir_.Join("old.txt")), 0);
+  EXPECT_EQ(RemoveFolder(dir_.Join("folder")), 0);
+
+  EXPECT_EQ(dir_.ReadFile("old.txt"), "new");
+  EXPECT_FALSE(dir_.Exists("new.txt"));
+  EXPECT_FALSE(dir_.Exists("folder"));
+}
+
+TEST_F(WindowsFileSystemTest, ClearingTheArchiveBitKeepsTheOthers) {
+  dir_.WriteFile("only.txt", "o");
+  dir_.WriteFile("more.txt", "m");
+  ASSERT_TRUE(SetFileAttributesW(Wide(dir_.Join("only.txt")).c_str(),
+                                 FILE_ATTRIBUTE_ARCHIVE));
+  ASSERT_TRUE(SetFileAttributesW(
+      Wide(dir_.Join("more.txt")).c_str(),
+      FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY));
+
+  // Wine marks every file for archiving, whatever was set.
+  dir_.WriteFile("probe.txt", "p");
+  ASSERT_TRUE(SetFileAttributesW(Wide(dir_.Join("probe.txt")).c_str(),
+                                 FILE_ATTRIBUTE_HIDDEN));
+  const bool clearable =
+      (AttributesOnDisk(dir_.Join("probe.txt")) & FILE_ATTRIBUTE_ARCHIVE) == 0;
+
+  EXPECT_EQ(ClearArchiveAttribute(dir_.Join("only.txt")), 0);
+  EXPECT_EQ(ClearArchiveAttribute(dir_.Join("more.txt")), 0);
+
+  const DWORD others = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_READONLY;
+  EXPECT_EQ(AttributesOnDisk(dir_.Join("more.txt")) & ~FILE_ATTRIBUTE_ARCHIVE,
+            others);
+  if (clearable) {
+    EXPECT_EQ(AttributesOnDisk(dir_.Join("only.txt")), 0);
+    EXPECT_EQ(AttributesOnDisk(dir_.Join("more.txt")), others);
+  }
+}
+
+// A drive's root holds folders of Windows' own, hidden and marked as the
+// system's; a folder of the same name without those marks is the
+// person's.
+TEST_F(WindowsFileSystemTest, FoldersWindowsKeepsAreLeftOutAndSaid) {
+  const DWORD marks = FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM;
+  for (const char* name : {"System Volume Information", "$RECYCLE.BIN"}) {
+    const std::wstring folder = Wide(dir_.Join(name));
+    ASSERT_TRUE(CreateDirectoryW(folder.c_str(), nullptr));
+    ASSERT_TRUE(SetFileAttributesW(folder.c_str(), marks));
+  }
+  ASSERT_TRUE(CreateDirectoryW(Wide(dir_.Join("$Recycle.Bin.mine")).c_str(),
+                               nullptr));
+  const std::vector<FolderEntry> entries = List();
+  ASSERT_EQ(entries.size(), 1u);
+  EXPECT_EQ(entries[0].name, "$Recycle.Bin.mine");
+  ASSERT_EQ(left_out_.size(), 2u);
+  for (const LeftOutEntry& e : left_out_) {
+    EXPECT_EQ(e.reason, "a folder Windows keeps for itself");
+    EXPECT_FALSE(e.error);
+  }
+}
+
 // Device names (CON, aux.txt) cannot even be made from inside Wine, where
 // they open the device: tests/windows/cli_test.sh makes them from outside.
 TEST_F(WindowsFileSystemTest, NamesWindowsCannotHoldAreLeftOutAndSaid) {

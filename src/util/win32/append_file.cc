@@ -10,6 +10,7 @@
 #include "util/win32/error_number.h"
 #include "util/win32/long_path.h"
 #include "util/win32/win32_api.h"
+#include "util/win32/write_all.h"
 
 // The file is opened by CreateFileW for appending only, so that every write
 // lands at the end even when another process appends too, and kept as a C
@@ -41,17 +42,7 @@ int AppendFile::Open(const std::string& path, bool create_new) {
 int AppendFile::Append(const std::string& bytes) {
   if (fd_ < 0) return EBADF;
   const HANDLE handle = reinterpret_cast<HANDLE>(_get_osfhandle(fd_));
-  const char* next = bytes.data();
-  std::size_t left = bytes.size();
-  while (left > 0) {
-    const DWORD want =
-        static_cast<DWORD>(std::min<std::size_t>(left, std::size_t{1} << 30));
-    DWORD written = 0;
-    if (!WriteFile(handle, next, want, &written, nullptr)) return LastErrno();
-    next += written;
-    left -= written;
-  }
-  return 0;
+  return WriteAll(handle, bytes.data(), bytes.size());
 }
 
 int AppendFile::Flush() {

@@ -21,8 +21,6 @@ constexpr CodeMapping kMappings[] = {
     {ERROR_FILE_NOT_FOUND, ENOENT},
     {ERROR_PATH_NOT_FOUND, ENOENT},
     {ERROR_INVALID_DRIVE, ENOENT},
-    {ERROR_BAD_NETPATH, ENOENT},
-    {ERROR_BAD_NET_NAME, ENOENT},
     {ERROR_BAD_PATHNAME, ENOENT},
     {ERROR_NO_MORE_FILES, ENOENT},
     {ERROR_ACCESS_DENIED, EACCES},
@@ -71,8 +69,11 @@ constexpr CodeMapping kMappings[] = {
     {ERROR_WRITE_FAULT, EIO},
     {ERROR_GEN_FAILURE, EIO},
     {ERROR_SEM_TIMEOUT, ETIMEDOUT},
-    {ERROR_NETNAME_DELETED, EIO},
-    {ERROR_UNEXP_NET_ERR, EIO},
+    // A share out of reach is not a file that is gone.
+    {ERROR_BAD_NETPATH, ENETUNREACH},
+    {ERROR_BAD_NET_NAME, ENETUNREACH},
+    {ERROR_NETNAME_DELETED, ENETUNREACH},
+    {ERROR_UNEXP_NET_ERR, ENETUNREACH},
 };
 
 // The latest Windows code mapped to each errno value, for its text. Copies

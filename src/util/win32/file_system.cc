@@ -17,6 +17,7 @@
 #include "util/win32/long_path.h"
 #include "util/win32/unicode.h"
 #include "util/win32/win32_api.h"
+#include "util/win32/write_all.h"
 // After windows.h, which it needs.
 #include <shellapi.h>
 
@@ -29,11 +30,19 @@ namespace {
 constexpr DWORD kModelAttributes =
     FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
     FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_ARCHIVE;
-// Those SetFileAttributesW may set.
+// Those SetFileAttributesW may set, a cloud file's pinning among them: a
+// change of one bit keeps the others as they were.
+constexpr DWORD kAttributePinned = 0x00080000;
+constexpr DWORD kAttributeUnpinned = 0x00100000;
 constexpr DWORD kSettableAttributes =
     FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
     FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_TEMPORARY | FILE_ATTRIBUTE_OFFLINE |
-    FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
+    FILE_ATTRIBUTE_NOT_CONTENT_INDEXED | kAttributePinned | kAttributeUnpinned;
+// Those a copy takes from its source: whether the file is offline, in the
+// cloud or temporary belongs to where it lies, not to its content.
+constexpr DWORD kCopiedAttributes =
+    FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_HIDDEN | FILE_ATTRIBUTE_SYSTEM |
+    FILE_ATTRIBUTE_ARCHIVE | FILE_ATTRIBUTE_NOT_CONTENT_INDEXED;
 
 constexpr DWORD kShareAll =
     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
@@ -144,6 +153,22 @@ bool EqualsIgnoringCase(const std::string& text, const char* other,
   return true;
 }
 
+// The folders Windows keeps at a volume's root, hidden and marked as the
+// system's: its restore points and the recycle bin. Listing the first
+// fails on NTFS, and neither is the person's to synchronize.
+bool IsKeptByWindows(const std::string& name, DWORD attributes) {
+  constexpr DWORD kMarks = FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_HIDDEN |
+                           FILE_ATTRIBUTE_SYSTEM;
+  if ((attributes & kMarks) != kMarks) return false;
+  for (const char* kept : {"System Volume Information", "$Recycle.Bin"}) {
+    if (name.size() == std::char_traits<char>::length(kept) &&
+        EqualsIgnoringCase(name, kept, name.size())) {
+      return true;
+    }
+  }
+  return false;
+}
+
 // What the model keeps of a file's Windows data (a listing's or
 // GetFileAttributesExW's). Windows has no serial number in either: 0, which
 // the checks that use one take as unknown.
@@ -225,32 +250,31 @@ bool LiftReadOnly(const std::wstring& wide, DWORD* attributes) {
                             rest != 0 ? rest : FILE_ATTRIBUTE_NORMAL) != 0;
 }
 
-// DeleteFileW, as unlink does it: the file's read-only attribute does not
-// stop it. Returns 0, or the error number.
-int DeleteWide(const std::wstring& wide) {
-  if (DeleteFileW(wide.c_str())) return 0;
+// Does what change() does to target as POSIX would: a read-only
+// attribute, which Windows heeds where POSIX looks only at the folder, does
+// not stop it. When it fails all the same, the attribute is put back.
+// Returns 0, or the error number.
+template <typename Change>
+int IgnoringReadOnly(const std::wstring& target, Change change) {
+  if (change()) return 0;
   const DWORD code = GetLastError();
   DWORD attributes = 0;
-  if (code == ERROR_ACCESS_DENIED && LiftReadOnly(wide, &attributes)) {
-    if (DeleteFileW(wide.c_str())) return 0;
+  if (code == ERROR_ACCESS_DENIED && LiftReadOnly(target, &attributes)) {
+    if (change()) return 0;
     const DWORD again = GetLastError();
-    SetFileAttributesW(wide.c_str(), attributes & kSettableAttributes);
+    SetFileAttributesW(target.c_str(), attributes & kSettableAttributes);
     return ErrnoFromWin32(again);
   }
   return ErrnoFromWin32(code);
 }
 
+int DeleteWide(const std::wstring& wide) {
+  return IgnoringReadOnly(wide, [&] { return DeleteFileW(wide.c_str()); });
+}
+
 int RemoveDirectoryWide(const std::wstring& wide) {
-  if (RemoveDirectoryW(wide.c_str())) return 0;
-  const DWORD code = GetLastError();
-  DWORD attributes = 0;
-  if (code == ERROR_ACCESS_DENIED && LiftReadOnly(wide, &attributes)) {
-    if (RemoveDirectoryW(wide.c_str())) return 0;
-    const DWORD again = GetLastError();
-    SetFileAttributesW(wide.c_str(), attributes & kSettableAttributes);
-    return ErrnoFromWin32(again);
-  }
-  return ErrnoFromWin32(code);
+  return IgnoringReadOnly(wide,
+                          [&] { return RemoveDirectoryW(wide.c_str()); });
 }
 
 }  // namespace
@@ -399,6 +423,10 @@ int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
       leave_out(name, reason);
       return;
     }
+    if (IsKeptByWindows(name, attributes)) {
+      leave_out(name, "a folder Windows keeps for itself");
+      return;
+    }
     const bool is_folder = (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
     // Windows takes ".PAIRWELL" for the same folder.
     if (is_folder && name.size() == sizeof kKeepFolderName - 1 &&
@@ -428,12 +456,11 @@ int ListFolder(const std::string& folder, std::vector<FolderEntry>* entries,
     if (code == 0) return 0;
     const bool nothing_read = entries->size() == before &&
                               (!left_out || left_out->size() == left_before);
-    if (!nothing_read ||
-        (code != ERROR_NOT_SUPPORTED && code != ERROR_INVALID_PARAMETER &&
-         code != ERROR_INVALID_LEVEL)) {
+    if (!nothing_read || code == ERROR_ACCESS_DENIED) {
       return ErrnoFromWin32(code);
     }
-    // No ids this way (or not a folder): listed by name, ids unknown.
+    // No ids this way (a file system that lists none, a drive's empty root
+    // that says "not found", or not a folder): listed by name, ids unknown.
   }
 
   WIN32_FIND_DATAW found;
@@ -466,18 +493,6 @@ namespace {
 // The buffer of the read and write loop: large, as each ReadFile and
 // WriteFile is a call into the system.
 constexpr DWORD kBufferSize = DWORD{1} << 20;
-
-// Writes all n bytes; 0 or the error number.
-int WriteAll(HANDLE out, const char* bytes, DWORD n) {
-  for (DWORD done = 0; done < n;) {
-    DWORD written = 0;
-    if (!WriteFile(out, bytes + done, n - done, &written, nullptr)) {
-      return LastErrno();
-    }
-    done += written;
-  }
-  return 0;
-}
 
 // Copies everything from in to out in chunks, calling progress after every
 // chunk; 0, ECANCELED when progress said stop, or the error number. The
@@ -594,7 +609,7 @@ int CopyToTemp(HANDLE in, const BY_HANDLE_FILE_INFORMATION& source_info,
   }
   const int close_error = out.Close();
   if (error_number == 0) error_number = close_error;
-  const DWORD attributes = source_info.dwFileAttributes & kSettableAttributes;
+  const DWORD attributes = source_info.dwFileAttributes & kCopiedAttributes;
   std::wstring wide;
   if (error_number == 0 && attributes != FILE_ATTRIBUTE_ARCHIVE &&
       (!LongPath(*temp, &wide) ||
@@ -631,6 +646,49 @@ DWORD ReparseTagOfHandle(HANDLE handle) {
   return tag_info.ReparseTag;
 }
 
+// The volume a handle's file lies on, as "\\?\Volume{...}"; "" when the
+// system cannot say (a network share, Wine).
+std::wstring VolumeOfHandle(HANDLE handle) {
+  std::wstring path(MAX_PATH, L'\0');
+  DWORD n = GetFinalPathNameByHandleW(handle, path.data(),
+                                      static_cast<DWORD>(path.size()),
+                                      VOLUME_NAME_GUID);
+  if (n >= path.size()) {
+    path.resize(n);
+    n = GetFinalPathNameByHandleW(handle, path.data(),
+                                  static_cast<DWORD>(path.size()),
+                                  VOLUME_NAME_GUID);
+  }
+  if (n == 0 || n >= path.size()) return std::wstring();
+  path.resize(n);
+  const std::size_t end = path.find(L'\\', 4);  // after "\\?\"
+  return end == std::wstring::npos ? path : path.substr(0, end);
+}
+
+// Whether dest is the source file itself. A cloned disk keeps its volume's
+// serial number and its files' numbers, so where the system names the
+// volumes they must be the same one too.
+bool SameFile(HANDLE source, const BY_HANDLE_FILE_INFORMATION& source_info,
+              const std::wstring& wide_dest) {
+  if (source_info.nFileIndexHigh == 0 && source_info.nFileIndexLow == 0) {
+    return false;  // a file system that numbers no files
+  }
+  Handle dest(CreateFileW(wide_dest.c_str(), FILE_READ_ATTRIBUTES, kShareAll,
+                          nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS,
+                          nullptr));
+  BY_HANDLE_FILE_INFORMATION dest_info;
+  if (!dest.valid() || !GetFileInformationByHandle(dest.get(), &dest_info) ||
+      dest_info.dwVolumeSerialNumber != source_info.dwVolumeSerialNumber ||
+      dest_info.nFileIndexHigh != source_info.nFileIndexHigh ||
+      dest_info.nFileIndexLow != source_info.nFileIndexLow) {
+    return false;
+  }
+  const std::wstring source_volume = VolumeOfHandle(source);
+  const std::wstring dest_volume = VolumeOfHandle(dest.get());
+  return source_volume.empty() || dest_volume.empty() ||
+         source_volume == dest_volume;
+}
+
 // Opens the source as a regular file that is not dest itself (a final link
 // not followed); 0 with *in open, or the error number.
 int OpenCopySource(const std::string& source, const std::string& dest,
@@ -662,13 +720,7 @@ int OpenCopySource(const std::string& source, const std::string& dest,
   if ((source_info->dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0) {
     return EISDIR;
   }
-  BY_HANDLE_FILE_INFORMATION dest_info;
-  if (FileIdOf(wide_dest, &dest_info) &&
-      dest_info.dwVolumeSerialNumber == source_info->dwVolumeSerialNumber &&
-      dest_info.nFileIndexHigh == source_info->nFileIndexHigh &&
-      dest_info.nFileIndexLow == source_info->nFileIndexLow) {
-    return EINVAL;  // the same file: copying it would destroy it
-  }
+  if (SameFile(in->get(), *source_info, wide_dest)) return EINVAL;
   return 0;
 }
 
@@ -681,10 +733,11 @@ int MoveWide(const std::string& from, const std::string& to) {
       !LongPath(to, &wide_to)) {
     return EINVAL;
   }
-  return MoveFileExW(wide_from.c_str(), wide_to.c_str(),
-                     MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)
-             ? 0
-             : LastErrno();
+  // rename() replaces a read-only file: so does this.
+  return IgnoringReadOnly(wide_to, [&] {
+    return MoveFileExW(wide_from.c_str(), wide_to.c_str(),
+                       MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
+  });
 }
 
 }  // namespace
@@ -796,7 +849,10 @@ int ClearArchiveAttribute(const std::string& path) {
   const DWORD attributes = GetFileAttributesW(wide.c_str());
   if (attributes == INVALID_FILE_ATTRIBUTES) return LastErrno();
   if ((attributes & FILE_ATTRIBUTE_ARCHIVE) == 0) return 0;
-  return SetFileAttributesW(wide.c_str(), attributes & ~FILE_ATTRIBUTE_ARCHIVE)
+  const DWORD rest =
+      attributes & kSettableAttributes & ~DWORD{FILE_ATTRIBUTE_ARCHIVE};
+  return SetFileAttributesW(wide.c_str(),
+                            rest != 0 ? rest : FILE_ATTRIBUTE_NORMAL)
              ? 0
              : LastErrno();
 }
@@ -828,7 +884,7 @@ int LinkFile(const std::string& existing, const std::string& new_name) {
 int RemoveFolder(const std::string& path) {
   std::wstring wide;
   if (HasNul(path) || !LongPath(path, &wide)) return EINVAL;
-  return RemoveDirectoryW(wide.c_str()) ? 0 : LastErrno();
+  return RemoveDirectoryWide(wide);
 }
 
 namespace {

@@ -14,6 +14,7 @@
 #include "util/win32/long_path.h"
 #include "util/win32/unicode.h"
 #include "util/win32/win32_api.h"
+#include "util/win32/write_all.h"
 
 namespace pairwell {
 
@@ -44,20 +45,6 @@ std::string RandomSuffix() {
   std::string suffix(6, 'x');
   for (char& c : suffix) c = kLetters[generator() % (sizeof kLetters - 1)];
   return suffix;
-}
-
-bool WriteAll(HANDLE out, const std::string& content) {
-  std::string::size_type done = 0;
-  while (done < content.size()) {
-    const DWORD want = static_cast<DWORD>(
-        std::min<std::string::size_type>(content.size() - done, 1u << 30));
-    DWORD written = 0;
-    if (!WriteFile(out, content.data() + done, want, &written, nullptr)) {
-      return false;
-    }
-    done += written;
-  }
-  return true;
 }
 
 // Where a symbolic link to the file leads, so that the link stays a link;
@@ -150,10 +137,8 @@ void ReplaceFileContent(const std::string& given_path,
   if (out == INVALID_HANDLE_VALUE) {
     Fail(EEXIST, "cannot create a temporary file beside", path);
   }
-  int error_number = 0;
-  if (!WriteAll(out, content) || !FlushFileBuffers(out)) {
-    error_number = LastErrno();
-  }
+  int error_number = WriteAll(out, content.data(), content.size());
+  if (error_number == 0 && !FlushFileBuffers(out)) error_number = LastErrno();
   if (!CloseHandle(out) && error_number == 0) error_number = LastErrno();
   // An existing file's attributes are kept. A read-only one is replaced
   // all the same, as a rename replaces it on POSIX: the attribute goes on
