@@ -403,7 +403,7 @@ TEST_F(UndoTest, FolderThatCannotKeepCopiesStopsTheRunBeforeAnyChange) {
   ConfigureMirror();
   const Tree b_before = SnapshotTree(B());
   ImmutableGuard guard(B());
-  if (!guard.active()) GTEST_SKIP() << "chattr +i is not available here";
+  if (!guard.active()) GTEST_SKIP() << "no immutable folder here";
 
   const ProcessResult r = Cli({"sync", "--yes", "T"});
 
