@@ -24,14 +24,23 @@ export TZ=UTC
 wineboot --init >/dev/null 2>&1
 
 failed=0
-echo "== pairwell_core_tests.exe under Wine (the whole output: ${build}/core_tests.log)"
-wine "${build}/tests/pairwell_core_tests.exe" 2>&1 | tr -d '\r' >"${build}/core_tests.log" ||
-  failed=1
-# The summary, and each failed test by name.
-grep -E '^\[(==========|  PASSED  |  SKIPPED |  FAILED  )\] [0-9]+ tests?' \
-  "${build}/core_tests.log" || failed=1
-grep -E '^\[  FAILED  \] [A-Za-z_]+\.' "${build}/core_tests.log" | sort -u || true
-grep -q '^\[  PASSED  \]' "${build}/core_tests.log" || failed=1
+# Runs a test program under Wine, its whole output in BUILD/LOG; prints the
+# summary and each failed test by name. Fails when a test failed or the
+# program did not get to its summary.
+run_tests() {  # run_tests NAME LOG
+  echo "== $1.exe under Wine (the whole output: ${build}/$2)"
+  local status=0
+  wine "${build}/tests/$1.exe" 2>&1 | tr -d '\r' >"${build}/$2" || status=1
+  grep -E '^\[(==========|  PASSED  |  SKIPPED |  FAILED  )\] [0-9]+ tests?' \
+    "${build}/$2" || status=1
+  grep -E '^\[  FAILED  \] [A-Za-z_]+\.' "${build}/$2" | sort -u || true
+  grep -q '^\[  PASSED  \]' "${build}/$2" || status=1
+  return "${status}"
+}
+run_tests pairwell_core_tests core_tests.log || failed=1
+# pairwell-cli.exe started as a person would, on folders in the temporary
+# folder, named as Windows names them.
+run_tests pairwell_cli_tests cli_tests.log || failed=1
 
 echo "== pairwell-cli.exe under Wine on real folders"
 bash "${src}/tests/windows/cli_test.sh" "${build}/pairwell-cli.exe" || failed=1

@@ -1,19 +1,15 @@
 // Runs the built pairwell-cli on real folders.
-#include <dirent.h>
-#include <fcntl.h>
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <time.h>
-#include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <memory>
 #include <random>
@@ -23,7 +19,10 @@
 #include <vector>
 
 #include "support/cli_process.h"
+#include "support/scoped_time_zone.h"
+#include "support/system_text.h"
 #include "support/temp_dir.h"
+#include "support/test_files.h"
 
 namespace pairwell {
 namespace {
@@ -35,7 +34,7 @@ struct EntryState {
   bool is_folder = false;
   std::string bytes;
   std::int64_t mtime_ns = 0;
-  mode_t mode = 0;
+  int mode = 0;
 
   bool operator==(const EntryState& other) const {
     return is_folder == other.is_folder && bytes == other.bytes &&
@@ -48,42 +47,42 @@ struct EntryState {
 using TreeState = std::map<std::string, EntryState>;
 
 std::string ReadWholeFile(const std::string& path) {
-  std::FILE* in = std::fopen(path.c_str(), "rb");
-  if (in == nullptr) return std::string();
-  std::string text;
-  std::array<char, 65536> buffer;
-  for (std::size_t n; (n = std::fread(buffer.data(), 1, buffer.size(), in));) {
-    text.append(buffer.data(), n);
-  }
-  std::fclose(in);
-  return text;
+  std::ifstream in(std::filesystem::u8path(path), std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
 }
 
 EntryState StateOf(const std::string& path) {
   EntryState state;
-  struct stat st;
-  if (lstat(path.c_str(), &st) != 0) return state;
-  state.is_folder = S_ISDIR(st.st_mode);
-  state.mtime_ns = static_cast<std::int64_t>(st.st_mtim.tv_sec) * 1000000000 +
-                   st.st_mtim.tv_nsec;
-  state.mode = st.st_mode & 07777;
+  std::int64_t seconds = 0;
+  long nanoseconds = 0;
+  if (!GetModifyTime(path, &seconds, &nanoseconds)) return state;
+  state.is_folder = IsFolder(path);
+  state.mtime_ns = seconds * 1000000000 + nanoseconds;
+  state.mode = ModeOf(path);
   if (!state.is_folder) state.bytes = ReadWholeFile(path);
   return state;
 }
 
 // The folder's own files: the copies runs keep in its versions area are
-// looked at by the tests of undo.
+// looked at by the tests of undo. Names are "/" separated on every system.
 TreeState Snapshot(const std::string& root) {
+  namespace fs = std::filesystem;
   TreeState tree;
   tree["."] = StateOf(root);
-  for (auto it = std::filesystem::recursive_directory_iterator(root);
-       it != std::filesystem::recursive_directory_iterator(); ++it) {
+  for (auto it = fs::recursive_directory_iterator(fs::u8path(root));
+       it != fs::recursive_directory_iterator(); ++it) {
     if (it->path().filename() == ".pairwell") {
       it.disable_recursion_pending();
       continue;
     }
-    const std::string path = it->path().string();
-    tree[path.substr(root.size() + 1)] = StateOf(path);
+    const std::string path = it->path().u8string();
+    std::string name = path.substr(root.size() + 1);
+    for (char& c : name) {
+      if (c == '\\') c = '/';
+    }
+    tree[name] = StateOf(path);
   }
   return tree;
 }
@@ -97,21 +96,16 @@ std::string Listing(const TreeState& tree) {
   return text;
 }
 
-// Sets a file's modification (and access) time to seconds before now.
+// Sets a file's modification time to seconds before now.
 void SetAge(const std::string& path, int seconds) {
-  struct timespec now;
-  clock_gettime(CLOCK_REALTIME, &now);
-  const struct timespec times[2] = {{now.tv_sec - seconds, 0},
-                                    {now.tv_sec - seconds, 0}};
-  ASSERT_EQ(utimensat(AT_FDCWD, path.c_str(), times, 0), 0) << path;
+  ASSERT_TRUE(SetModifyTime(path, std::time(nullptr) - seconds)) << path;
 }
 
 // "YYYY-MM-DD HH:MM:SS" in local time, seconds before now: the way a set
 // records its last sync.
 std::string LocalDateText(int seconds_ago) {
-  const time_t when = time(nullptr) - seconds_ago;
-  struct tm local;
-  localtime_r(&when, &local);
+  std::tm local = {};
+  LocalTimeOf(std::time(nullptr) - seconds_ago, &local);
   char text[32];
   std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local);
   return text;
@@ -187,46 +181,38 @@ bool WriteBigFile(const std::string& path, std::int64_t size) {
   std::vector<std::uint32_t> block(1 << 20);  // 4 MiB
   std::mt19937 random(12345);
   for (std::uint32_t& word : block) word = random();
-  const int fd = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-  if (fd < 0) return false;
+  std::ofstream out(std::filesystem::u8path(path),
+                    std::ios::binary | std::ios::trunc);
   const std::int64_t block_bytes =
       static_cast<std::int64_t>(block.size() * sizeof block[0]);
-  bool ok = true;
-  for (std::int64_t written = 0; ok && written < size; written += block_bytes) {
+  for (std::int64_t written = 0; out && written < size;
+       written += block_bytes) {
     // Each block differs a little, so no two blocks are equal.
     block[0] = static_cast<std::uint32_t>(written / block_bytes);
-    const char* data = reinterpret_cast<const char*>(block.data());
-    for (std::int64_t done = 0; ok && done < block_bytes;) {
-      const ssize_t n =
-          write(fd, data + done, static_cast<std::size_t>(block_bytes - done));
-      ok = n > 0;
-      done += n;
-    }
+    out.write(reinterpret_cast<const char*>(block.data()), block_bytes);
   }
-  return close(fd) == 0 && ok;
+  out.close();
+  return !out.fail();
 }
 
 // The name of a leftover temporary copy in folder; "" when there is none.
 std::string FindPartialCopy(const std::string& folder) {
-  DIR* dir = opendir(folder.c_str());
-  if (dir == nullptr) return std::string();
-  std::string found;
-  while (const struct dirent* d = readdir(dir)) {
-    if (std::string(d->d_name).rfind(".pairwell-partial-", 0) == 0) {
-      found = d->d_name;
-      break;
-    }
+  namespace fs = std::filesystem;
+  std::error_code error;
+  for (fs::directory_iterator entry(fs::u8path(folder), error), end;
+       !error && entry != end; entry.increment(error)) {
+    const std::string name = entry->path().filename().u8string();
+    if (name.rfind(".pairwell-partial-", 0) == 0) return name;
   }
-  closedir(dir);
-  return found;
+  return std::string();
 }
 
 class CliTest : public ::testing::Test {
  protected:
   CliTest() {
-    mkdir(dir_.Join("A").c_str(), 0755);
-    mkdir(dir_.Join("A/sub").c_str(), 0755);
-    mkdir(dir_.Join("B").c_str(), 0755);
+    CreateFolder(dir_.Join("A"));
+    CreateFolder(dir_.Join("A/sub"));
+    CreateFolder(dir_.Join("B"));
   }
 
   // The shipped catalogue followed by the given set sections.
@@ -248,23 +234,27 @@ class CliTest : public ::testing::Test {
            "\r\nDir2=" + dir_.Join("B") + "\r\n";
   }
 
-  // args is a piece of shell command line, split by the shell as before;
-  // zone, when given, is the run's TZ.
-  Result Run(const std::string& args, const std::string& zone = "") {
-    const std::string command = (zone.empty() ? "" : "TZ='" + zone + "' ") +
-                                PAIRWELL_CLI_PATH + " --ini '" +
-                                dir_.Join("p.ini") + "' " + args;
-    return RunProcess({"/bin/sh", "-c", command}, dir_.Join("out"),
-                      dir_.Join("err"));
+  // Runs pairwell-cli with the test configuration and the given arguments
+  // to its end; zone, when given, is the run's TZ.
+  Result Run(const std::vector<std::string>& args,
+             const std::string& zone = "") {
+    std::unique_ptr<ScopedTimeZone> run_zone;
+    if (!zone.empty())
+      run_zone = std::make_unique<ScopedTimeZone>(zone.c_str());
+    return RunProcess(Command(args), dir_.Join("out"), dir_.Join("err"));
   }
 
-  // Starts pairwell-cli with the test configuration and the given arguments
-  // in the background, its output going to the files "out" and "err".
-  pid_t Start(const std::vector<std::string>& args) {
+  // Starts pairwell-cli like Run in the background, its output going to the
+  // files "out" and "err".
+  ProcessHandle Start(const std::vector<std::string>& args) {
+    return StartProcess(Command(args), dir_.Join("out"), dir_.Join("err"));
+  }
+
+  std::vector<std::string> Command(const std::vector<std::string>& args) {
     std::vector<std::string> words = {PAIRWELL_CLI_PATH, "--ini",
                                       dir_.Join("p.ini")};
     words.insert(words.end(), args.begin(), args.end());
-    return StartProcess(words, dir_.Join("out"), dir_.Join("err"));
+    return words;
   }
 
   // A set section over the named folders of the temporary folder, with extra
@@ -293,7 +283,7 @@ class CliTest : public ::testing::Test {
 TEST_F(CliTest, ListShowsSetsAndFolders) {
   WriteIni(TwoFolderSet("Docs") +
            "[Sec: Music]\r\nDir1=/m\r\nDir1Flags=13\r\n");
-  const Result r = Run("list");
+  const Result r = Run({"list"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_NE(r.out.find("1  Docs  (2 folders)\n"), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("2  Music  (1 folder)\n"), std::string::npos);
@@ -306,7 +296,7 @@ TEST_F(CliTest, PlanTableShowsEveryFileAndChangesNothing) {
   dir_.WriteFile("A/a.txt", "one");
   dir_.WriteFile("A/sub/b.txt", "two");
   WriteIni(TwoFolderSet("Docs"));
-  const Result r = Run("plan docs");
+  const Result r = Run({"plan", "docs"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_NE(r.out.find("File       Status  Action\n"), std::string::npos)
       << r.out;
@@ -325,7 +315,7 @@ TEST_F(CliTest, PlanTableShowsEveryFileAndChangesNothing) {
 TEST_F(CliTest, PlanJsonDescribesFilesAndCopies) {
   dir_.WriteFile("B/only_b.txt", "b");
   WriteIni(TwoFolderSet("Docs"));
-  const Result r = Run("plan --json 1");
+  const Result r = Run({"plan", "--json", "1"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_NE(r.out.find("\"set\":\"Docs\",\"lastSync\":null,\"folders\":[{"
                        "\"path\":\"" +
@@ -341,16 +331,17 @@ TEST_F(CliTest, PlanJsonDescribesFilesAndCopies) {
                        "{\"exists\":true,\"modify\":\""),
             std::string::npos)
       << r.out;
-  EXPECT_NE(r.out.find("\"stats\":{\"files\":1,\"needConfirmation\":0,"
-                       "\"autoHandled\":1,\"text\":\"1 conflicts "
-                       "(automatically handled), 1 actions queued, 1 files "
-                       "total\"},\"kept\":{\"versionDays\":30,"
-                       "\"archiveDeleted\":false,\"archiveOverwritten\":false,"
-                       "\"archivePath\":\"SyncLog.txt\",\"text\":\"Replaced and "
-                       "deleted copies are kept for 30 days in .pairwell/versions "
-                       "in each folder; a run can be undone.\"},"
-                       "\"warnings\":[]}\n"),
-            std::string::npos)
+  EXPECT_NE(
+      r.out.find("\"stats\":{\"files\":1,\"needConfirmation\":0,"
+                 "\"autoHandled\":1,\"text\":\"1 conflicts "
+                 "(automatically handled), 1 actions queued, 1 files "
+                 "total\"},\"kept\":{\"versionDays\":30,"
+                 "\"archiveDeleted\":false,\"archiveOverwritten\":false,"
+                 "\"archivePath\":\"SyncLog.txt\",\"text\":\"Replaced and "
+                 "deleted copies are kept for 30 days in .pairwell/versions "
+                 "in each folder; a run can be undone.\"},"
+                 "\"warnings\":[]}\n"),
+      std::string::npos)
       << r.out;
 }
 
@@ -358,7 +349,7 @@ TEST_F(CliTest, PlanDoesNotCreateAMissingBaseFolder) {
   dir_.WriteFile("A/a.txt", "one");
   WriteIni("[Sec: Docs]\r\nDir1=" + dir_.Join("A") +
            "\r\nDir2=" + dir_.Join("New") + "\r\nDir2Flags=12\r\n");
-  const Result r = Run("plan Docs");
+  const Result r = Run({"plan", "Docs"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   // A source made for the run only receives: the file is no conflict.
   EXPECT_NE(r.out.find("a.txt  N_      Copy #1 (newest)\n"), std::string::npos)
@@ -371,7 +362,7 @@ TEST_F(CliTest, PlanDoesNotCreateAMissingBaseFolder) {
 
 TEST_F(CliTest, RefusedScanExitsOneWithTheMessage) {
   WriteIni("[Sec: Docs]\r\nDir1=" + dir_.Join("A") + "\r\n");
-  const Result r = Run("plan Docs");
+  const Result r = Run({"plan", "Docs"});
   EXPECT_EQ(r.exit_code, 1);
   EXPECT_NE(r.err.find("Pairwell: You need to select at least two "
                        "directories to synchronize.  Add more directories "
@@ -383,21 +374,22 @@ TEST_F(CliTest, RefusedScanExitsOneWithTheMessage) {
 
 TEST_F(CliTest, UnknownSetAndUsageErrorsExitTwo) {
   WriteIni(TwoFolderSet("Docs"));
-  Result r = Run("plan Nope");
+  Result r = Run({"plan", "Nope"});
   EXPECT_EQ(r.exit_code, 2);
   EXPECT_NE(r.err.find("pairwell-cli: no sync set 'Nope'"), std::string::npos);
-  r = Run("plan 2");
+  r = Run({"plan", "2"});
   EXPECT_EQ(r.exit_code, 2);
-  r = Run("explode");
+  r = Run({"explode"});
   EXPECT_EQ(r.exit_code, 2);
   EXPECT_NE(r.err.find("unknown command 'explode'"), std::string::npos);
 }
 
 TEST_F(CliTest, MissingConfigurationIsAConfigurationError) {
-  const Result r = Run("list");
+  const Result r = Run({"list"});
   EXPECT_EQ(r.exit_code, 2);
   EXPECT_NE(r.err.find("Pairwell: An error occurred while loading " +
-                       dir_.Join("p.ini") + ": No such file or directory"),
+                       dir_.Join("p.ini") + ": " +
+                       SystemText(ENOENT, "No such file or directory")),
             std::string::npos)
       << r.err;
   EXPECT_NE(r.err.find("The .ini file this program requires is missing or "
@@ -406,10 +398,10 @@ TEST_F(CliTest, MissingConfigurationIsAConfigurationError) {
 }
 
 TEST_F(CliTest, HelpAndVersion) {
-  Result r = Run("--help");
+  Result r = Run({"--help"});
   EXPECT_EQ(r.exit_code, 0);
   EXPECT_EQ(r.out.rfind("Usage: pairwell-cli", 0), 0u) << r.out;
-  r = Run("--version");
+  r = Run({"--version"});
   EXPECT_EQ(r.exit_code, 0);
   EXPECT_EQ(r.out.rfind("pairwell-cli 3.", 0), 0u) << r.out;
 }
@@ -419,7 +411,7 @@ TEST_F(CliTest, SecondSyncFindsNothingToDo) {
   WriteAged("A/sub/b.txt", "two", 3600);
   WriteAged("B/c.txt", "three", 7200);
   WriteIni(TwoFolderSet("Docs"));
-  Result r = Run("sync Docs");
+  Result r = Run({"sync", "Docs"});
   ASSERT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(LinesStartingWith(r.out, "Copy ").size(), 3u) << r.out;
   EXPECT_NE(r.out.find("Creating folder " + dir_.Join("B/sub") + "\n"),
@@ -427,7 +419,7 @@ TEST_F(CliTest, SecondSyncFindsNothingToDo) {
       << r.out;
   EXPECT_NE(r.out.find("Sync actions completed - "), std::string::npos);
 
-  r = Run("sync Docs");
+  r = Run({"sync", "Docs"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   // Not a terminal: no progress line, and nothing to ask.
   EXPECT_EQ(r.err, "");
@@ -453,12 +445,12 @@ TEST_F(CliTest, DeletionIsPropagatedOnTheNextRun) {
   WriteAged("A/keep.txt", "keep", 3600);
   WriteAged("A/sub/gone.txt", "gone", 3600);
   WriteIni(TwoFolderSet("Docs"));
-  Result r = Run("sync Docs");
+  Result r = Run({"sync", "Docs"});
   ASSERT_EQ(r.exit_code, 0) << r.err;
   ASSERT_EQ(dir_.ReadFile("B/sub/gone.txt"), "gone");
 
-  ASSERT_EQ(std::remove(dir_.Join("A/sub/gone.txt").c_str()), 0);
-  r = Run("sync Docs");
+  ASSERT_TRUE(RemoveFile(dir_.Join("A/sub/gone.txt")));
+  r = Run({"sync", "Docs"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(LinesStartingWith(r.out, "Deleting "),
             std::vector<std::string>{"Deleting " + dir_.Join("B/sub/gone.txt")})
@@ -481,7 +473,7 @@ TEST_F(CliTest, ConflictStopsWithExitThreeUntilConfirmed) {
   const TreeState a_before = Snapshot(dir_.Join("A"));
   const TreeState b_before = Snapshot(dir_.Join("B"));
 
-  Result r = Run("sync Docs");
+  Result r = Run({"sync", "Docs"});
   EXPECT_EQ(r.exit_code, 3) << r.out << r.err;
   EXPECT_NE(r.err.find("Pairwell: these files of 'Docs' need confirmation; "
                        "nothing was changed."),
@@ -494,7 +486,7 @@ TEST_F(CliTest, ConflictStopsWithExitThreeUntilConfirmed) {
   EXPECT_TRUE(Snapshot(dir_.Join("B")) == b_before);
   EXPECT_EQ(dir_.ReadFile("p.ini"), ini_before);
 
-  r = Run("sync --yes Docs");
+  r = Run({"sync", "--yes", "Docs"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_NE(r.out.find("Copy " + dir_.Join("B/both.txt") + " from " +
                        dir_.Join("A/both.txt") + "\n"),
@@ -529,7 +521,7 @@ TEST_F(CliTest, SimulationChangesNothingAndLogsEveryAction) {
   const TreeState a_before = Snapshot(dir_.Join("A"));
   const TreeState b_before = Snapshot(dir_.Join("B"));
 
-  const Result r = Run("sync --simulate --yes Docs");
+  const Result r = Run({"sync", "--simulate", "--yes", "Docs"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   const std::string a = dir_.Join("A");
   const std::string b = dir_.Join("B");
@@ -560,20 +552,20 @@ TEST_F(CliTest, ReadOnlyDestinationNeedsOverwriteFlag) {
   const std::string last_sync = LocalDateText(1800);
   WriteAged("A/r.txt", "new version", 600);
   WriteAged("B/r.txt", "old", 7200);
-  ASSERT_EQ(chmod(dir_.Join("B/r.txt").c_str(), 0444), 0);
+  ASSERT_TRUE(SetMode(dir_.Join("B/r.txt"), 0444));
   SetAge(dir_.Join("B/r.txt"), 7200);
   const EntryState b_before = StateOf(dir_.Join("B/r.txt"));
 
   WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + last_sync +
            "\r\nDefActionFlags=8\r\n");
-  Result r = Run("sync Docs");
+  Result r = Run({"sync", "Docs"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_TRUE(LinesStartingWith(r.out, "Copy ").empty()) << r.out;
   EXPECT_TRUE(StateOf(dir_.Join("B/r.txt")) == b_before);
 
   WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + last_sync +
            "\r\nDefActionFlags=10\r\n");
-  r = Run("sync Docs");
+  r = Run({"sync", "Docs"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(LinesStartingWith(r.out, "Copy "),
             std::vector<std::string>{"Copy " + dir_.Join("B/r.txt") + " from " +
@@ -581,7 +573,7 @@ TEST_F(CliTest, ReadOnlyDestinationNeedsOverwriteFlag) {
       << r.out;
   const EntryState after = StateOf(dir_.Join("B/r.txt"));
   EXPECT_EQ(after.bytes, "new version");
-  EXPECT_EQ(after.mode, 0644u);  // the source's mode
+  EXPECT_EQ(after.mode, KeptMode(0644));  // the source's mode
   EXPECT_EQ(after.mtime_ns, StateOf(dir_.Join("A/r.txt")).mtime_ns);
 }
 
@@ -589,14 +581,18 @@ TEST_F(CliTest, ReadOnlyDestinationNeedsOverwriteFlag) {
 class FailingCopyTest : public CliTest {
  protected:
   void SetUp() override {
+#ifdef _WIN32
+    GTEST_SKIP() << "POSIX only: a folder made immutable with chattr +i";
+#else
     // No sub-folder: the first failure is then a copy, not a new folder.
-    rmdir(dir_.Join("A/sub").c_str());
-    mkdir(dir_.Join("C").c_str(), 0755);
+    std::filesystem::remove(dir_.Join("A/sub"));
+    CreateFolder(dir_.Join("C"));
     for (const char* name : {"a.txt", "b.txt", "c.txt"}) {
       WriteAged(std::string("A/") + name, name, 3600);
     }
     guard_ = std::make_unique<Immutable>(dir_.Join("B"));
     if (!guard_->active()) GTEST_SKIP() << "chattr +i is not available here";
+#endif
   }
   void TearDown() override { guard_.reset(); }
 
@@ -613,7 +609,7 @@ class FailingCopyTest : public CliTest {
 
 TEST_F(FailingCopyTest, DefaultAnswerAborts) {
   WriteIni(Sets());
-  const Result r = Run("sync Three");
+  const Result r = Run({"sync", "Three"});
   EXPECT_EQ(r.exit_code, 1) << r.out << r.err;
   EXPECT_NE(r.err.find("Pairwell: Unable to perform the copy operation:"),
             std::string::npos)
@@ -628,7 +624,7 @@ TEST_F(FailingCopyTest, DefaultAnswerAborts) {
 
 TEST_F(FailingCopyTest, IgnoreErrorsGoesOnToTheOtherFolders) {
   WriteIni(Sets());
-  const Result r = Run("sync --ignore-errors Three");
+  const Result r = Run({"sync", "--ignore-errors", "Three"});
   // Done, but not everything: the exit code says so.
   EXPECT_EQ(r.exit_code, 4) << r.out << r.err;
   EXPECT_NE(r.err.find("Pairwell: Unable to perform the copy operation:"),
@@ -647,7 +643,7 @@ TEST_F(FailingCopyTest, ErrorHandlingTableIgnoresWithoutAsking) {
   // The catalogue ends with the [ErrorHandling] section: the key joins it.
   // EPERM (1) is what an immutable folder refuses a new file with.
   WriteIni("Code1=I ; immutable folders\r\n\r\n" + Sets());
-  const Result r = Run("sync Three");
+  const Result r = Run({"sync", "Three"});
   EXPECT_EQ(r.exit_code, 4) << r.out << r.err;
   EXPECT_EQ(r.err.find("Unable to perform"), std::string::npos) << r.err;
   EXPECT_EQ(r.err.find("  -> "), std::string::npos) << r.err;
@@ -678,51 +674,44 @@ TEST_F(CliTest, InterruptedCopyKeepsTheOldDestination) {
   for (int attempt = 1; attempt <= 3 && partial.empty(); ++attempt) {
     ASSERT_TRUE(WriteBigFile(dir_.Join("A/big.bin"), size));
     SetAge(dir_.Join("A/big.bin"), 600);
-    const pid_t pid = Start({"sync", "--yes", "Docs"});
-    ASSERT_GT(pid, 0);
+    const ProcessHandle process = Start({"sync", "--yes", "Docs"});
+    ASSERT_NE(process, kNoProcess);
     const auto deadline =
         std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    int status = 0;
+    int exit_code = -1;
     bool exited = false;
     bool saw_partial = false;
     bool written_in_place = false;
     while (std::chrono::steady_clock::now() < deadline) {
       // Killed once some bytes are in the temporary copy: mid-way.
       partial = FindPartialCopy(dir_.Join("B"));
-      struct stat st;
       if (!partial.empty()) {
         saw_partial = true;
-        if (stat(dir_.Join("B/" + partial).c_str(), &st) == 0 &&
-            st.st_size > 0) {
+        if (SizeOf(dir_.Join("B/" + partial)) > 0) break;
+      } else if (!saw_partial) {
+        const std::int64_t size_now = SizeOf(dir_.Join("B/big.bin"));
+        if (size_now >= 0 &&
+            size_now != static_cast<std::int64_t>(old_version.size())) {
+          // The destination itself grows while no temporary copy exists.
+          written_in_place = true;
           break;
         }
-      } else if (!saw_partial &&
-                 stat(dir_.Join("B/big.bin").c_str(), &st) == 0 &&
-                 st.st_size != static_cast<off_t>(old_version.size())) {
-        // The destination itself grows while no temporary copy exists.
-        written_in_place = true;
-        break;
       }
-      if (waitpid(pid, &status, WNOHANG) == pid) {
+      if (HasEnded(process, &exit_code)) {
         exited = true;
         break;
       }
       std::this_thread::sleep_for(std::chrono::microseconds(200));
     }
-    if (!exited) {
-      kill(pid, SIGKILL);
-      waitpid(pid, &status, 0);
-    }
+    if (!exited) KillProcess(process, &exit_code);
     ASSERT_FALSE(written_in_place)
         << "B/big.bin was overwritten directly, not through a temporary copy";
     // Too late: the copy was renamed into place before the kill.
     if (dir_.ReadFile("B/big.bin") != old_version) {
       partial.clear();
       dir_.WriteFile("B/big.bin", old_version);
-      const struct timespec times[2] = {
-          {old_mtime_ns / 1000000000, old_mtime_ns % 1000000000},
-          {old_mtime_ns / 1000000000, old_mtime_ns % 1000000000}};
-      utimensat(AT_FDCWD, dir_.Join("B/big.bin").c_str(), times, 0);
+      SetModifyTime(dir_.Join("B/big.bin"), old_mtime_ns / 1000000000,
+                    static_cast<long>(old_mtime_ns % 1000000000));
       WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + last_sync + "\r\n");
     } else {
       partial = FindPartialCopy(dir_.Join("B"));
@@ -739,7 +728,7 @@ TEST_F(CliTest, InterruptedCopyKeepsTheOldDestination) {
   // A killed run completed nothing, so the set's last sync stays.
   EXPECT_EQ(LastSyncIn(dir_.ReadFile("p.ini"), "[Sec: Docs]"), last_sync);
 
-  const Result r = Run("plan Docs");
+  const Result r = Run({"plan", "Docs"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_NE((r.out + r.err)
                 .find("Left out: " + dir_.Join("B/" + partial) +
@@ -754,8 +743,8 @@ class SeveralSetsTest : public CliTest {
   void SetUp() override {
     for (const char* name : {"One", "Two", "Three"}) {
       const std::string n(name);
-      mkdir(dir_.Join("src" + n).c_str(), 0755);
-      mkdir(dir_.Join("dst" + n).c_str(), 0755);
+      CreateFolder(dir_.Join("src" + n));
+      CreateFolder(dir_.Join("dst" + n));
       WriteAged("src" + n + "/" + n + ".txt", n, 3600);
     }
     WriteIni(SetOver("One", {"srcOne", "dstOne"}) +
@@ -769,7 +758,7 @@ class SeveralSetsTest : public CliTest {
 };
 
 TEST_F(SeveralSetsTest, NamedSetsRunInTheGivenOrder) {
-  const Result r = Run("sync three 1");
+  const Result r = Run({"sync", "three", "1"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   const std::string::size_type three =
       r.out.find("== Sync Status - Three (1 of 2)\n");
@@ -790,7 +779,7 @@ TEST_F(SeveralSetsTest, NamedSetsRunInTheGivenOrder) {
 }
 
 TEST_F(SeveralSetsTest, AllRunsEverySetInConfigurationOrder) {
-  const Result r = Run("sync --all");
+  const Result r = Run({"sync", "--all"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   const std::string::size_type one =
       r.out.find("== Sync Status - One (1 of 3)\n");
@@ -811,7 +800,7 @@ TEST_F(SeveralSetsTest, AllRunsEverySetInConfigurationOrder) {
 
 TEST_F(SeveralSetsTest, UnknownSetRunsNothingAndExitsTwo) {
   const std::string ini_before = dir_.ReadFile("p.ini");
-  Result r = Run("sync One Nope");
+  Result r = Run({"sync", "One", "Nope"});
   EXPECT_EQ(r.exit_code, 2);
   EXPECT_NE(r.err.find("pairwell-cli: no sync set 'Nope'"), std::string::npos)
       << r.err;
@@ -819,7 +808,7 @@ TEST_F(SeveralSetsTest, UnknownSetRunsNothingAndExitsTwo) {
   EXPECT_FALSE(Copied("One"));
   EXPECT_EQ(dir_.ReadFile("p.ini"), ini_before);
 
-  r = Run("sync");
+  r = Run({"sync"});
   EXPECT_EQ(r.exit_code, 2) << r.out << r.err;
   EXPECT_NE(r.err.find("pairwell-cli: "), std::string::npos) << r.err;
   EXPECT_FALSE(Copied("One"));
@@ -830,8 +819,8 @@ TEST_F(SeveralSetsTest, UnknownSetRunsNothingAndExitsTwo) {
 
 TEST_F(CliTest, RealRunChangesOnlyLastSyncDatesInTheConfiguration) {
   WriteAged("A/a.txt", "a", 3600);
-  mkdir(dir_.Join("C").c_str(), 0755);
-  mkdir(dir_.Join("D").c_str(), 0755);
+  CreateFolder(dir_.Join("C"));
+  CreateFolder(dir_.Join("D"));
   WriteAged("C/c.txt", "c", 3600);
   // Already in the saved form: CR LF, one blank line after each section.
   WriteIni(
@@ -866,7 +855,7 @@ TEST_F(CliTest, RealRunChangesOnlyLastSyncDatesInTheConfiguration) {
       "\r\n");
   const std::string before = dir_.ReadFile("p.ini");
 
-  const Result r = Run("sync Docs Fresh");
+  const Result r = Run({"sync", "Docs", "Fresh"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_EQ(dir_.ReadFile("B/a.txt"), "a");
   EXPECT_EQ(dir_.ReadFile("D/c.txt"), "c");
@@ -906,15 +895,15 @@ TEST_F(CliTest, SaveKeepsConfigurationEditsMadeDuringTheRun) {
   SetAge(dir_.Join("A/big.bin"), 600);
   WriteIni(TwoFolderSet("Docs") +
            "\r\n[Sec: Idle]\r\nDir1=/nowhere/1\r\nDir2=/nowhere/2\r\n\r\n");
-  const pid_t pid = Start({"sync", "Docs"});
-  ASSERT_GT(pid, 0);
+  const ProcessHandle process = Start({"sync", "Docs"});
+  ASSERT_NE(process, kNoProcess);
   const auto deadline =
       std::chrono::steady_clock::now() + std::chrono::seconds(60);
-  int status = 0;
+  int exit_code = -1;
   bool exited = false;
   while (FindPartialCopy(dir_.Join("B")).empty() &&
          std::chrono::steady_clock::now() < deadline) {
-    if (waitpid(pid, &status, WNOHANG) == pid) {
+    if (HasEnded(process, &exit_code)) {
       exited = true;
       break;
     }
@@ -928,9 +917,7 @@ TEST_F(CliTest, SaveKeepsConfigurationEditsMadeDuringTheRun) {
   edited.replace(edited.find(old_dir), old_dir.size(), "Dir1=/elsewhere/1\r\n");
   edited += "[Added]\r\nKey=Value\r\n\r\n";
   dir_.WriteFile("p.ini", edited);
-  ASSERT_EQ(waitpid(pid, &status, 0), pid);
-  ASSERT_TRUE(WIFEXITED(status));
-  EXPECT_EQ(WEXITSTATUS(status), 0) << dir_.ReadFile("err");
+  EXPECT_EQ(WaitForExit(process), 0) << dir_.ReadFile("err");
 
   const std::string after = dir_.ReadFile("p.ini");
   EXPECT_NE(after.find("[Sec: Idle]\r\nDir1=/elsewhere/1\r\n"),
@@ -953,29 +940,29 @@ TEST_F(CliTest, MassDeletionNeedsItsOwnOptionNotYes) {
   WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + LocalDateText(1800) +
            "\r\n");
   for (int k = 1; k <= 10; ++k) {
-    ASSERT_EQ(unlink(dir_.Join("A/f" + std::to_string(k) + ".txt").c_str()), 0);
+    ASSERT_TRUE(RemoveFile(dir_.Join("A/f" + std::to_string(k) + ".txt")));
   }
   const std::string warning =
       "This run would delete 10 of the 12 files in "
       "the folder '" +
       dir_.Join("B") + "'.";
 
-  Result r = Run("plan Docs");
+  Result r = Run({"plan", "Docs"});
   EXPECT_EQ(r.exit_code, 0) << r.err;
   EXPECT_NE(r.out.find("Warning: " + warning + "\n"), std::string::npos)
       << r.out;
-  r = Run("plan --json Docs");
+  r = Run({"plan", "--json", "Docs"});
   EXPECT_NE(r.out.find("\"warnings\":[\"" + warning + "\"]"), std::string::npos)
       << r.out;
 
-  r = Run("sync --yes Docs");
+  r = Run({"sync", "--yes", "Docs"});
   EXPECT_EQ(r.exit_code, 3) << r.out << r.err;
   EXPECT_NE(r.err.find(warning + "\n\nNothing was changed."), std::string::npos)
       << r.err;
   EXPECT_NE(r.err.find("--allow-mass-delete"), std::string::npos) << r.err;
   EXPECT_EQ(Snapshot(dir_.Join("B")).size(), 13u);
 
-  r = Run("sync --yes --allow-mass-delete Docs");
+  r = Run({"sync", "--yes", "--allow-mass-delete", "Docs"});
   EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
   EXPECT_NE(r.out.find("Warning: " + warning), std::string::npos) << r.out;
   EXPECT_EQ(Listing(Snapshot(dir_.Join("B"))), "./\nf11.txt\nf12.txt\nsub/\n");
@@ -988,7 +975,7 @@ TEST_F(CliTest, LastSyncDateAheadOfTheClockStopsTheRun) {
   const std::string ahead = LocalDateText(-86400);
   WriteIni(TwoFolderSet("Docs") + "LastSyncDate=" + ahead + "\r\n");
 
-  const Result r = Run("sync --yes Docs");
+  const Result r = Run({"sync", "--yes", "Docs"});
 
   EXPECT_EQ(r.exit_code, 1) << r.out << r.err;
   EXPECT_NE(r.err.find(ahead + ", lies in the future"), std::string::npos)
@@ -998,17 +985,18 @@ TEST_F(CliTest, LastSyncDateAheadOfTheClockStopsTheRun) {
 }
 
 TEST_F(CliTest, TimeZoneChangeBetweenRunsKeepsANewFile) {
+  SKIP_WHERE_TZ_SETS_NO_ZONE();
   WriteAged("A/kept.txt", "kept", 7200);
   WriteAged("B/kept.txt", "kept", 7200);
   WriteIni(TwoFolderSet("Docs"));
-  Result r = Run("sync --yes Docs", "JST-9");
+  Result r = Run({"sync", "--yes", "Docs"}, "JST-9");
   ASSERT_EQ(r.exit_code, 0) << r.out << r.err;
   // Made after the sync; its date must lie after the second the last-sync
   // date is kept to.
   std::this_thread::sleep_for(std::chrono::milliseconds(1100));
   dir_.WriteFile("A/new.txt", "made in Tokyo");
 
-  r = Run("sync --yes Docs", "PST8");
+  r = Run({"sync", "--yes", "Docs"}, "PST8");
 
   EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
   EXPECT_EQ(dir_.ReadFile("A/new.txt"), "made in Tokyo");
@@ -1016,35 +1004,53 @@ TEST_F(CliTest, TimeZoneChangeBetweenRunsKeepsANewFile) {
 }
 
 TEST_F(CliTest, NulByteInAFolderValueEndsThePath) {
-  mkdir(dir_.Join("A/top").c_str(), 0755);
-  mkdir(dir_.Join("A/top/sub").c_str(), 0755);
+  CreateFolder(dir_.Join("A/top"));
+  CreateFolder(dir_.Join("A/top/sub"));
   WriteAged("A/top/sub/x.txt", "x", 600);
   WriteIni("[Sec: Docs]\r\nDir1=" + dir_.Join("A/top") + std::string(1, '\0') +
            "/A\r\nDir2=" + dir_.Join("B") + "\r\n");
 
-  const Result r = Run("sync --yes Docs");
+  const Result r = Run({"sync", "--yes", "Docs"});
 
   EXPECT_EQ(r.exit_code, 0) << r.out << r.err;
   EXPECT_EQ(dir_.ReadFile("B/sub/x.txt"), "x");
 }
 
 TEST_F(CliTest, PlanJsonIsUtf8WhateverTheNamesHold) {
+#ifdef _WIN32
+  // Windows names are UTF-16: one holding a lone surrogate has no UTF-8
+  // form, and is left out. Wine, which keeps names in UTF-8, makes none.
+  const std::filesystem::path lone =
+      std::filesystem::u8path(dir_.Join("A")) / L"caf\xdce9.txt";
+  std::ofstream(lone, std::ios::binary) << "lone surrogate";
+  std::error_code error;
+  const bool lone_made = std::filesystem::exists(lone, error);
+#else
   dir_.WriteFile("A/caf\xe9.txt", "latin-1 name");
+#endif
   dir_.WriteFile("A/caf\xc3\xa9.txt", "utf-8 name");
   WriteIni(TwoFolderSet("Docs"));
 
-  const Result r = Run("plan --json Docs");
+  const Result r = Run({"plan", "--json", "Docs"});
 
   EXPECT_EQ(r.exit_code, 0) << r.err;
+#ifdef _WIN32
+  if (lone_made) {
+    EXPECT_NE((r.out + r.err).find("its name is not valid Unicode"),
+              std::string::npos)
+        << r.out << r.err;
+  }
+#else
   EXPECT_NE(r.out.find("\"name\":\"caf\\udce9.txt\""), std::string::npos)
       << r.out;
+#endif
   EXPECT_NE(r.out.find("\"name\":\"caf\xc3\xa9.txt\""), std::string::npos)
       << r.out;
   EXPECT_EQ(r.out.find("caf\xe9"), std::string::npos);
 }
 
 TEST_F(CliTest, HelpNamesTheNewOptionAndExitCode) {
-  const Result r = Run("--help");
+  const Result r = Run({"--help"});
   EXPECT_NE(r.out.find("--allow-mass-delete"), std::string::npos) << r.out;
   EXPECT_NE(r.out.find("4 done, but operations failed"), std::string::npos)
       << r.out;
@@ -1054,15 +1060,23 @@ TEST_F(CliTest, HelpNamesTheNewOptionAndExitCode) {
 TEST_F(CliTest, PlanThatCannotBeWrittenFailsAndSaysWhy) {
   dir_.WriteFile("A/a.txt", "one");
   WriteIni(TwoFolderSet("Docs"));
-  for (const char* args :
-       {"plan Docs > /dev/full", "plan --json Docs > /dev/full"}) {
-    const Result r = Run(args);
-    EXPECT_EQ(r.exit_code, 1) << args;
-    EXPECT_NE(r.err.find("pairwell-cli: the plan could not be written: No "
-                         "space left on device"),
+#ifdef _WIN32
+  GTEST_SKIP() << "POSIX only: /dev/full, an output that is always full";
+#else
+  for (const std::vector<std::string>& args :
+       std::vector<std::vector<std::string> >{{"plan", "Docs"},
+                                              {"plan", "--json", "Docs"}}) {
+    const ProcessHandle process =
+        StartProcess(Command(args), "/dev/full", dir_.Join("err"));
+    ASSERT_NE(process, kNoProcess);
+    EXPECT_EQ(WaitForExit(process), 1) << args.back();
+    const std::string err = ReadOutput(dir_.Join("err"));
+    EXPECT_NE(err.find("pairwell-cli: the plan could not be written: No "
+                       "space left on device"),
               std::string::npos)
-        << r.err;
+        << err;
   }
+#endif
 }
 
 }  // namespace
