@@ -1,6 +1,6 @@
 #include "cli/output_buffer.h"
 
-#include <cerrno>
+#include "util/terminal.h"
 
 namespace pairwell {
 
@@ -10,17 +10,16 @@ OutputBuffer::OutputBuffer(std::FILE* stream) : stream_(stream) {
 
 void OutputBuffer::Drain() {
   if (stream_ == nullptr) return;
-  if (error_number_ == 0 &&
-      std::fwrite(text_.data(), 1, text_.size(), stream_) != text_.size()) {
-    error_number_ = errno != 0 ? errno : EIO;
+  if (error_number_ == 0) {
+    error_number_ = WriteStream(stream_, text_.data(), text_.size());
   }
   text_.clear();
 }
 
 bool OutputBuffer::Flush() {
   Drain();
-  if (stream_ != nullptr && std::fflush(stream_) != 0 && error_number_ == 0) {
-    error_number_ = errno != 0 ? errno : EIO;
+  if (stream_ != nullptr && error_number_ == 0) {
+    error_number_ = FlushStream(stream_);
   }
   return error_number_ == 0;
 }

@@ -1,8 +1,9 @@
 // Questions about where an output stream goes: a terminal, how wide it is,
-// and whether two streams end up in the same place.
+// and whether two streams end up in the same place; and writing to it.
 #ifndef PAIRWELL_UTIL_TERMINAL_H_
 #define PAIRWELL_UTIL_TERMINAL_H_
 
+#include <cstddef>
 #include <cstdio>
 
 namespace pairwell {
@@ -22,6 +23,12 @@ bool SameOutput(std::FILE* a, std::FILE* b);
 // Windows console reads bytes in its own code page otherwise). Nothing to
 // do on POSIX terminals.
 void UseUtf8Console();
+
+// Writes n bytes through the stream's buffer, or flushes it: 0, or the
+// error number of what failed, as the system said it (a closed pipe, a
+// full disk) rather than as the C library retold it.
+int WriteStream(std::FILE* stream, const char* bytes, std::size_t n);
+int FlushStream(std::FILE* stream);
 
 }  // namespace pairwell
 

@@ -50,6 +50,14 @@ std::vector<std::string> LinesStartingWith(const std::string& out,
 // The whole content of a file; "" when it cannot be read.
 std::string ReadOutput(const std::string& path);
 
+// An out_path for an output that refuses every write: /dev/full on POSIX
+// (no space left), on Windows a pipe whose reading end is closed.
+#ifdef _WIN32
+inline constexpr char kRefusingOutput[] = "|closed pipe|";
+#else
+inline constexpr char kRefusingOutput[] = "/dev/full";
+#endif
+
 // Starts argv[0] (looked up in PATH when it holds no slash) with the other
 // words as its arguments, its standard output and error written to the
 // files out_path and err_path (created or emptied); on Windows its standard

@@ -72,6 +72,18 @@ HANDLE OpenInherited(const std::wstring& path, DWORD access,
 }
 
 HANDLE OpenOutput(const std::string& path) {
+  if (path == kRefusingOutput) {
+    SECURITY_ATTRIBUTES inherit = {};
+    inherit.nLength = sizeof inherit;
+    inherit.bInheritHandle = TRUE;
+    HANDLE reading = INVALID_HANDLE_VALUE;
+    HANDLE writing = INVALID_HANDLE_VALUE;
+    if (!CreatePipe(&reading, &writing, &inherit, 0)) {
+      return INVALID_HANDLE_VALUE;
+    }
+    CloseHandle(reading);
+    return writing;
+  }
   std::wstring wide;
   if (!Widen(path, &wide)) return INVALID_HANDLE_VALUE;
   return OpenInherited(wide, GENERIC_WRITE, CREATE_ALWAYS);

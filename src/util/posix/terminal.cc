@@ -1,5 +1,6 @@
 #include "util/terminal.h"
 
+#include <errno.h>
 #include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -25,5 +26,15 @@ bool SameOutput(std::FILE* a, std::FILE* b) {
 }
 
 void UseUtf8Console() {}
+
+int WriteStream(std::FILE* stream, const char* bytes, std::size_t n) {
+  if (std::fwrite(bytes, 1, n, stream) == n) return 0;
+  return errno != 0 ? errno : EIO;
+}
+
+int FlushStream(std::FILE* stream) {
+  if (std::fflush(stream) == 0) return 0;
+  return errno != 0 ? errno : EIO;
+}
 
 }  // namespace pairwell

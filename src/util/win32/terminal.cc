@@ -1,7 +1,10 @@
 #include "util/terminal.h"
 
+#include <errno.h>
 #include <io.h>
+#include <stdlib.h>
 
+#include "util/win32/error_number.h"
 #include "util/win32/win32_api.h"
 
 namespace pairwell {
@@ -60,6 +63,29 @@ bool SameOutput(std::FILE* a, std::FILE* b) {
 void UseUtf8Console() {
   SetConsoleOutputCP(CP_UTF8);
   SetConsoleCP(CP_UTF8);
+}
+
+namespace {
+
+// The C library keeps the Windows code of its last failed call beside
+// errno, which it maps coarsely (Wine's maps a closed pipe to EINVAL).
+int StreamError() {
+  if (_doserrno != 0) return ErrnoFromWin32(static_cast<DWORD>(_doserrno));
+  return errno != 0 ? errno : EIO;
+}
+
+}  // namespace
+
+int WriteStream(std::FILE* stream, const char* bytes, std::size_t n) {
+  _doserrno = 0;
+  errno = 0;
+  return std::fwrite(bytes, 1, n, stream) == n ? 0 : StreamError();
+}
+
+int FlushStream(std::FILE* stream) {
+  _doserrno = 0;
+  errno = 0;
+  return std::fflush(stream) == 0 ? 0 : StreamError();
 }
 
 }  // namespace pairwell
