@@ -17,9 +17,6 @@
 #include <cstdio>
 #include <string>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-
 #include "app/program.h"
 #include "engine/synchronizer.h"
 #include "ui/editor/sync_form.h"
@@ -69,12 +66,14 @@ void ShotModal(const char* name, Open open) {
 void Put(const QString& path, const QByteArray& content, double days_ago) {
   QDir().mkpath(QFileInfo(path).path());
   QFile file(path);
-  if (file.open(QIODevice::WriteOnly)) file.write(content);
-  file.close();
-  const time_t when =
-      static_cast<time_t>(QDateTime::currentSecsSinceEpoch() - days_ago * 86400);
-  const struct timespec times[2] = {{when, 0}, {when, 0}};
-  utimensat(AT_FDCWD, QFile::encodeName(path).constData(), times, 0);
+  if (!file.open(QIODevice::WriteOnly)) return;
+  file.write(content);
+  // Written out first, so that closing the file does not date it anew.
+  file.flush();
+  const qint64 when = static_cast<qint64>(
+      QDateTime::currentSecsSinceEpoch() - days_ago * 86400);
+  file.setFileTime(QDateTime::fromSecsSinceEpoch(when),
+                   QFileDevice::FileModificationTime);
 }
 
 // The demo folders: every kind of row the confirm window can show.
