@@ -60,12 +60,17 @@ bool FullPath(const std::wstring& path, std::wstring* full) {
   return true;
 }
 
-// A handle the started program inherits as one of its standard streams.
-HANDLE OpenInherited(const std::wstring& path, DWORD access,
-                     DWORD disposition) {
+// For handles the started program inherits as its standard streams.
+SECURITY_ATTRIBUTES Inheritable() {
   SECURITY_ATTRIBUTES inherit = {};
   inherit.nLength = sizeof inherit;
   inherit.bInheritHandle = TRUE;
+  return inherit;
+}
+
+HANDLE OpenInherited(const std::wstring& path, DWORD access,
+                     DWORD disposition) {
+  SECURITY_ATTRIBUTES inherit = Inheritable();
   return CreateFileW(path.c_str(), access,
                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                      &inherit, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -73,9 +78,7 @@ HANDLE OpenInherited(const std::wstring& path, DWORD access,
 
 HANDLE OpenOutput(const std::string& path) {
   if (path == kRefusingOutput) {
-    SECURITY_ATTRIBUTES inherit = {};
-    inherit.nLength = sizeof inherit;
-    inherit.bInheritHandle = TRUE;
+    SECURITY_ATTRIBUTES inherit = Inheritable();
     HANDLE reading = INVALID_HANDLE_VALUE;
     HANDLE writing = INVALID_HANDLE_VALUE;
     if (!CreatePipe(&reading, &writing, &inherit, 0)) {
